@@ -1,0 +1,19 @@
+# The only place where compiler flags are set. Every target of ours links kelvo_flags, privately.
+add_library(kelvo_flags INTERFACE)
+target_compile_options(
+  kelvo_flags
+  INTERFACE -Wall
+            -Wextra
+            -Wpedantic
+            -Wshadow
+            -Wconversion
+            -Werror
+            $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
+            $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+
+if(KELVO_SANITIZE)
+  # -fno-sanitize-recover: an undefined operation ends the run, so that no test passes over one.
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
