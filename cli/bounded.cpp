@@ -1,0 +1,15 @@
+// libc's checking functions, called by their own names: the usual names lead to them only in builds
+// that ask for it with optimisation on.
+#include "cli/bounded.h"
+
+void bounded_copy(char (&destination)[text_size], const char* source) {
+  __builtin___strcpy_chk(destination, source, text_size);
+}
+
+void bounded_append(char (&destination)[text_size], const char* source, std::size_t length) {
+  __builtin___strncat_chk(destination, source, length, text_size);
+}
+
+void bounded_prompt(char (&destination)[text_size], const char* path) {
+  __builtin___sprintf_chk(destination, 1, text_size, "%s>", path);
+}
