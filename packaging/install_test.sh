@@ -1,0 +1,114 @@
+#!/usr/bin/env bash
+# Installs a build into a fresh folder and uses what lies there, as a user and as an author of C programs would.
+#   install_test.sh CMAKE BUILD_FOLDER C_COMPILER VERSION
+set -euo pipefail
+
+cmake=$1 build=$2 compiler=$3 version=$4
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+# Moved after the installation, so that nothing can lean on the path it was installed to, or on the build folder.
+"$cmake" --install "$build" --prefix "$folder/made" >"$folder/install.log"
+mv "$folder/made" "$folder/kelvo"
+prefix=$folder/kelvo
+program=$prefix/bin/kelvocli
+unset LD_LIBRARY_PATH
+
+fail() {
+  echo "FAILED: $*"
+  exit 1
+}
+
+expect_equal() { # what, expected, actual
+  [[ $2 == "$3" ]] || fail "$1: expected \"$2\", got \"$3\""
+}
+
+expect_file() { [[ -s $prefix/$1 ]] || fail "$1 is not installed"; }
+
+program_starts_from_its_new_place() {
+  expect_equal "version" "$version" "$("$program" --version)"
+  [[ $(ldd "$program") == *"libKelvo.so => $prefix/"* ]] ||
+    fail "the program does not find the installed engine"
+}
+
+engine_answers() {
+  local answer
+  answer=$("$program" --no-status --execute="SHOW HDF5 VERSION") || fail "SHOW HDF5 VERSION: $answer"
+  [[ $answer =~ ^[0-9]+\.[0-9]+\.[0-9]+$ ]] || fail "SHOW HDF5 VERSION answered \"$answer\""
+}
+
+help_lists_the_options() {
+  options=$("$program" --help | grep -o -- '--[a-z-]*' | sort) || fail "--help lists nothing"
+  [[ $options == *--execute-file* ]] || fail "--help lists only $options"
+}
+
+run_path_is_relative() {
+  local dynamic
+  dynamic=$(readelf --dynamic --wide "$program")
+  [[ $dynamic == *"(RUNPATH)"*"[\$ORIGIN/"* ]] || fail "no relative RUNPATH"
+  [[ $dynamic != *"(RPATH)"* ]] || fail "an RPATH would win over LD_LIBRARY_PATH"
+}
+
+files_are_in_place() {
+  expect_file bin/kelvocli
+  expect_file include/kelvo.h
+  expect_file share/man/man1/kelvocli.1
+  expect_file share/bash-completion/completions/kelvocli
+  engine_folder=$(dirname "$(find "$prefix" -name libKelvo.so)")
+  expect_file "${engine_folder#"$prefix"/}/pkgconfig/kelvo.pc"
+}
+
+c_program_compiles_and_links() {
+  export PKG_CONFIG_PATH=$engine_folder/pkgconfig
+  expect_equal "pkg-config's version" "$version" "$(pkg-config --modversion kelvo)"
+  cat >"$folder/client.c" <<'C'
+#include <kelvo.h>
+#include <stdio.h>
+
+int main(void) {
+  char statement[] = "SHOW KELVO VERSION";
+  if (kelvo_execute(statement) != KELVO_SUCCESS) return 1;
+  if (kelvo_cursor_next(NULL) != 0) return 2;
+  printf("%s\n", kelvo_cursor_get_char(NULL));
+  return 0;
+}
+C
+  local -a flags libraries
+  read -ra flags < <(pkg-config --cflags kelvo)
+  read -ra libraries < <(pkg-config --libs kelvo)
+  "$compiler" -Wall -Wextra -Werror "${flags[@]}" -o "$folder/client" "$folder/client.c" "${libraries[@]}"
+  expect_equal "the C program's answer" "$version" "$(LD_LIBRARY_PATH=$engine_folder "$folder/client")"
+}
+
+completion_offers_every_option() {
+  # shellcheck source=kelvocli.bash
+  source "$prefix/share/bash-completion/completions/kelvocli"
+  COMP_WORDS=(kelvocli --) COMP_CWORD=1
+  _kelvocli "$program"
+  expect_equal "completion of --" "$options" "$(printf '%s\n' "${COMPREPLY[@]%=}" | sort)"
+}
+
+completion_finds_the_named_file() {
+  cd "$prefix"
+  COMP_WORDS=(kelvocli --execute-file "=" shar) COMP_CWORD=3
+  _kelvocli "$program"
+  expect_equal "completion of a file" "share" "${COMPREPLY[*]}"
+}
+
+manual_page_tells_every_option() {
+  local page option
+  page=$(sed 's/\\//g' "$prefix/share/man/man1/kelvocli.1")
+  for option in $options; do
+    [[ $page == *"$option"* ]] || fail "the manual page lacks $option"
+  done
+}
+
+files_are_in_place
+program_starts_from_its_new_place
+engine_answers
+run_path_is_relative
+c_program_compiles_and_links
+help_lists_the_options
+completion_offers_every_option
+completion_finds_the_named_file
+manual_page_tells_every_option
+echo "All of the installation is in place and works"
