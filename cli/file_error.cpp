@@ -7,7 +7,7 @@
 
 // No sentence of its own for a missing file: a save file is created, so only its directory can be
 // missing.
-void report_save_file_error(const char* path, int error_number) {
+void report_open_error(const char* path, int error_number) {
   if (error_number == EACCES) {
     std::printf("Error when opening file \"%s\" as it is not accessible.\n\n", path);
   } else {
@@ -19,7 +19,7 @@ void report_statement_file_error(const char* path, int error_number) {
   if (error_number == ENOENT) {
     std::printf("Error when opening file \"%s\" as it does not exist.\n\n", path);
   } else {
-    report_save_file_error(path, error_number);
+    report_open_error(path, error_number);
   }
 }
 

@@ -31,7 +31,7 @@ int main(int argument_count, char** arguments) {
   if (settings.save_file_path[0] != '\0') {
     save_file = std::fopen(settings.save_file_path, "a");
     if (save_file == nullptr) {
-      report_save_file_error(settings.save_file_path, errno);
+      report_open_error(settings.save_file_path, errno);
       return EXIT_FAILURE;
     }
   }

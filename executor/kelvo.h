@@ -58,6 +58,7 @@ enum {
 };
 
 /* A cursor is a thing of the engine's; the program only ever passes NULL for one. */
+/* NOLINTNEXTLINE(modernize-use-using): this is C. */
 typedef struct kelvo_cursor kelvo_cursor;
 
 /* --- Statements and their errors --- */

@@ -74,6 +74,7 @@ void show_varchar() {
 
 // Shows the current row. False when its type is not one that is shown, and nothing was printed.
 bool show_row(std::int32_t data_type) {
+  // One line a type, in the order of the codes.
   // clang-format off
   switch (data_type) {
     case KELVO_TINYINT: show_scalar(kelvo_cursor_get_tinyint); return true;
