@@ -7,7 +7,10 @@ cmake=$1 build=$2 compiler=$3 version=$4
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 # Moved after the installation, so that nothing can lean on the path it was installed to, or on the build folder.
-"$cmake" --install "$build" --prefix "$folder/made" >"$folder/install.log"
+"$cmake" --install "$build" --prefix "$folder/made" >"$folder/install.log" 2>&1 || {
+  cat "$folder/install.log"
+  exit 1
+}
 mv "$folder/made" "$folder/kelvo"
 prefix=$folder/kelvo
 program=$prefix/bin/kelvocli
@@ -79,18 +82,22 @@ C
   expect_equal "the C program's answer" "$version" "$(LD_LIBRARY_PATH=$engine_folder "$folder/client")"
 }
 
+# Completes the words as bash would; outside of bash's own completion compopt fails, which changes nothing.
+complete_words() {
+  COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
+  _kelvocli "$program" || true
+}
+
 completion_offers_every_option() {
   # shellcheck source=kelvocli.bash
   source "$prefix/share/bash-completion/completions/kelvocli"
-  COMP_WORDS=(kelvocli --) COMP_CWORD=1
-  _kelvocli "$program"
+  complete_words kelvocli --
   expect_equal "completion of --" "$options" "$(printf '%s\n' "${COMPREPLY[@]%=}" | sort)"
 }
 
 completion_finds_the_named_file() {
   cd "$prefix"
-  COMP_WORDS=(kelvocli --execute-file "=" shar) COMP_CWORD=3
-  _kelvocli "$program"
+  complete_words kelvocli --execute-file "=" shar
   expect_equal "completion of a file" "share" "${COMPREPLY[*]}"
 }
 
