@@ -1,0 +1,163 @@
+// Shared productions of the statement language, and the one place that makes "Expected ..., found
+// ..." errors.
+#include "language/parser.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <system_error>
+
+#include "error.h"
+
+namespace kelvo {
+namespace {
+
+// Words that begin a clause, so that they end a statement's object where that may be left out.
+// Quoted, they are names.
+constexpr std::array<std::string_view, 10> clause_words = {
+    "TO", "IN", "FROM", "VALUES", "SELECT", "WHERE", "LIKE", "GLOB", "RECURSIVE", "INTO"};
+
+bool is_path(const Token& token) {
+  if (token.kind == TokenKind::quoted_name) return true;
+  return token.kind == TokenKind::word &&
+         std::none_of(clause_words.begin(), clause_words.end(),
+                      [&token](std::string_view word) { return token.is_keyword(word); });
+}
+
+// Cuts the first word off keywords separated by one blank each.
+std::string_view first_word(std::string_view* keywords) {
+  const std::size_t end = std::min(keywords->find(' '), keywords->size());
+  const std::string_view word = keywords->substr(0, end);
+  keywords->remove_prefix(std::min(end + 1, keywords->size()));
+  return word;
+}
+
+}  // namespace
+
+const Token& Parser::peek(Mode mode) {
+  if (!lookahead_ || mode_ != mode) {
+    lookahead_ = scan_token(statement_, offset_, mode);
+    mode_ = mode;
+  }
+  return *lookahead_;
+}
+
+Token Parser::take(Mode mode) {
+  Token token = peek(mode);
+  offset_ = token.next;
+  lookahead_.reset();
+  return token;
+}
+
+bool Parser::accept_keyword(std::string_view keywords, Mode mode) {
+  const std::size_t start = offset_;
+  for (std::string_view rest = keywords; !rest.empty();) {
+    if (!peek(mode).is_keyword(first_word(&rest))) {
+      if (offset_ != start) lookahead_.reset();
+      offset_ = start;
+      return false;
+    }
+    take(mode);
+  }
+  return true;
+}
+
+std::size_t Parser::matching_words(std::string_view keywords) {
+  const std::size_t start = offset_;
+  std::size_t count = 0;
+  for (std::string_view rest = keywords; !rest.empty() && peek().is_keyword(first_word(&rest));
+       ++count)
+    take();
+  offset_ = start;
+  lookahead_.reset();
+  return count;
+}
+
+bool Parser::accept_symbol(std::string_view symbol, Mode mode) {
+  if (!peek(mode).is_symbol(symbol)) return false;
+  take(mode);
+  return true;
+}
+
+void Parser::expect_keyword(std::string_view keywords, Mode mode) {
+  if (!accept_keyword(keywords, mode)) fail_expected(keywords, mode);
+}
+
+void Parser::expect_symbol(std::string_view symbol, Mode mode) {
+  if (!accept_symbol(symbol, mode)) fail_expected(quoted(std::string(symbol)), mode);
+}
+
+void Parser::expect_end(Mode mode) {
+  if (peek(mode).kind != TokenKind::end) fail_expected("the end of the statement", mode);
+}
+
+bool Parser::at_path() { return is_path(peek()); }
+
+std::string Parser::expect_path(std::string_view what) {
+  if (!at_path() || peek().text.empty()) fail_expected(what);
+  return take().text;
+}
+
+ObjectName Parser::object_rest(ObjectName object) {
+  if (accept_symbol("@")) {
+    // Any word may be an attribute's name here: nothing else can stand behind the "@".
+    const TokenKind kind = peek().kind;
+    if ((kind != TokenKind::word && kind != TokenKind::quoted_name) || peek().text.empty()) {
+      fail_expected("the name of an attribute");
+    }
+    object.attribute = take().text;
+  }
+  if (accept_keyword("IN")) object.file = expect_path("a file");
+  return object;
+}
+
+ObjectName Parser::expect_object(std::string_view what) {
+  ObjectName object;
+  if (!peek().is_symbol("@")) object.path = expect_path(what);
+  return object_rest(std::move(object));
+}
+
+ObjectName Parser::optional_object() {
+  ObjectName object;
+  if (at_path()) object.path = expect_path("an object");
+  return object_rest(std::move(object));
+}
+
+ObjectName Parser::expect_attribute() {
+  ObjectName object;
+  if (!peek().is_symbol("@")) object.path = expect_path("an attribute (object@name)");
+  if (!peek().is_symbol("@")) fail_expected("\"@\" and the name of an attribute");
+  return object_rest(std::move(object));
+}
+
+std::string Parser::expect_string(std::string_view what) {
+  if (peek(Mode::expression).kind != TokenKind::string) fail_expected(what, Mode::expression);
+  return take(Mode::expression).text;
+}
+
+std::uint64_t Parser::expect_unsigned(std::string_view what, std::uint64_t maximum) {
+  const Token& token = peek(Mode::expression);
+  if (token.kind != TokenKind::number) fail_expected(what, Mode::expression);
+  const bool hexadecimal = token.text.size() > 2 && (token.text[1] == 'x' || token.text[1] == 'X');
+  std::uint64_t value = 0;
+  const char* end = token.text.data() + token.text.size();
+  const auto result =
+      std::from_chars(token.text.data() + (hexadecimal ? 2 : 0), end, value, hexadecimal ? 16 : 10);
+  if (result.ec == std::errc::invalid_argument || result.ptr != end)
+    fail_expected(what, Mode::expression);
+  if (result.ec != std::errc() || value > maximum) {
+    throw StatementError(Status::out_of_range, "Value " + token.text + " is too large for " +
+                                                   std::string(what) + " (at most " +
+                                                   std::to_string(maximum) + ")");
+  }
+  take(Mode::expression);
+  return value;
+}
+
+void Parser::fail_expected(std::string_view what, Mode mode) {
+  const Token& token = peek(mode);
+  throw StatementError::at(
+      token.position, "Expected " + std::string(what) + ", found " + describe(token, statement_));
+}
+
+}  // namespace kelvo

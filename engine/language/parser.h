@@ -1,0 +1,73 @@
+// What all statement families share when they read their text: keywords, symbols, names, numbers,
+// and errors that say what was expected. A family reads its whole statement, expect_end() last,
+// before it does anything.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "language/lexer.h"
+
+namespace kelvo {
+
+/// An object as it was written: "path", "path@attribute", "@attribute", any of them with "IN file".
+struct ObjectName {
+  std::string path;                      // "" where only an attribute was named, or nothing
+  std::optional<std::string> attribute;  // without the "@"
+  std::optional<std::string> file;       // after IN
+};
+
+class Parser {
+ public:
+  /// `statement` must outlive the parser.
+  explicit Parser(std::string_view statement) : statement_(statement) {}
+
+  /// The next token, not consumed. The reference is good until the next call of any function but
+  /// peek in the same mode.
+  const Token& peek(Mode mode = Mode::words);
+  /// The next token, consumed.
+  Token take(Mode mode = Mode::words);
+
+  /// Consumes the keyword (in capitals) if it is next. `keywords` may be several, separated by one
+  /// blank: all or none.
+  bool accept_keyword(std::string_view keywords, Mode mode = Mode::words);
+  bool accept_symbol(std::string_view symbol, Mode mode = Mode::words);
+
+  /// How many of the leading words of `keywords` are next, one after the other. Consumes nothing.
+  std::size_t matching_words(std::string_view keywords);
+
+  /// As accept, but anything else is an error that names what was expected.
+  void expect_keyword(std::string_view keywords, Mode mode = Mode::words);
+  void expect_symbol(std::string_view symbol, Mode mode = Mode::words);
+  void expect_end(Mode mode = Mode::words);
+
+  /// A path word or a quoted name; `what` names it in the error, with its article: "a file".
+  std::string expect_path(std::string_view what);
+  bool at_path();
+
+  /// An object, an attribute, or either of them with IN file.
+  ObjectName expect_object(std::string_view what);
+  /// The same where it may be left out: then everything in it is empty, though IN may still follow.
+  ObjectName optional_object();
+  /// An attribute "object@name" or "@name".
+  ObjectName expect_attribute();
+
+  std::string expect_string(std::string_view what);
+  /// An unsigned decimal or hexadecimal integer of at most `maximum`.
+  std::uint64_t expect_unsigned(std::string_view what, std::uint64_t maximum = UINT64_MAX);
+
+  /// Throws the error `Expected ..., found "..."` at the next token.
+  [[noreturn]] void fail_expected(std::string_view what, Mode mode = Mode::words);
+
+ private:
+  ObjectName object_rest(ObjectName object);
+
+  std::string_view statement_;
+  std::size_t offset_ = 0;  // of the first byte not consumed
+  Mode mode_ = Mode::words;
+  std::optional<Token> lookahead_;  // the token at offset_, read in mode_
+};
+
+}  // namespace kelvo

@@ -1,0 +1,118 @@
+// From elements in memory to rows.
+#include "query/element_rows.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "values/bits.h"
+
+namespace kelvo {
+namespace {
+
+// Of rank 2 and more, numbers are shown a line of the last dimension at a time, so that a matrix
+// looks like a matrix.
+std::size_t line_length_of(const Type& type, const Selection& selection) {
+  return type.is_numeric() && selection.shape.size() >= 2
+             ? static_cast<std::size_t>(selection.shape.back())
+             : 0;
+}
+
+bool is_list(const Type& type) {
+  return (type.kind == Kind::array || type.kind == Kind::sequence) && type.base[0].is_numeric();
+}
+
+// Times are read as the file's bytes, since the HDF5 library does not convert them.
+void times_to_machine_order(const Type& type, std::byte* items, std::size_t count) {
+  if (type.kind != Kind::time || type.order == machine_order()) return;
+  for (std::size_t i = 0; i < count; ++i)
+    std::reverse(items + i * type.size, items + (i + 1) * type.size);
+}
+
+struct Items {
+  const std::byte* data;
+  std::size_t count;
+};
+
+// The numbers of an element that is a list of them.
+Items items_of(const Type& type, const std::byte* element) {
+  if (type.kind == Kind::array) return {element, static_cast<std::size_t>(type.array_length())};
+  std::size_t count = 0;
+  const std::byte* data = nullptr;
+  std::memcpy(&count, element, sizeof count);
+  std::memcpy(&data, element + sizeof count, sizeof data);
+  return {data, count};
+}
+
+void append_numbers(const Type& type, const std::byte* element, Block& block) {
+  const Items items = items_of(type, element);
+  const std::size_t begin = block.values.size();
+  block.append_list(items.data, items.count);
+  times_to_machine_order(type.base[0], block.values.data() + begin, items.count);
+}
+
+void start_block(const Type& type, Block& block) {
+  const bool bytes = type.kind == Kind::text || type.kind == Kind::opaque;
+  if (bytes) {
+    block.restart(row_code(type), RowShape::list, 1);
+  } else if (is_list(type)) {
+    block.restart(row_code(type), RowShape::list, type.base[0].size);
+  } else {
+    block.restart(row_code(type), RowShape::text, 1);
+  }
+}
+
+}  // namespace
+
+ElementRows::ElementRows(FileHandle file, ElementPlace place, Selection selection,
+                         ReferenceNamer namer)
+    : file_(std::move(file)),
+      place_(std::move(place)),
+      namer_(std::move(namer)),
+      line_length_(line_length_of(place_.type, selection)),
+      reader_(place_, std::move(selection)) {}
+
+bool ElementRows::next(Block& block) {
+  if (!reader_.next(elements_)) return false;
+  if (place_.type.is_numeric()) {
+    fill_numbers(block);
+  } else {
+    start_block(place_.type, block);
+    for (std::size_t i = 0; i < elements_.count(); ++i) {
+      fill_row(block, elements_.data() + i * place_.type.size);
+    }
+  }
+  block.elements = elements_.count();
+  return true;
+}
+
+void ElementRows::fill_numbers(Block& block) {
+  const Type& type = place_.type;
+  const bool lines = line_length_ > 0;
+  block.restart(lines ? list_code(type) : row_code(type), lines ? RowShape::line : RowShape::scalar,
+                type.size);
+  if (lines) block.line_length = line_length_;
+  elements_.swap_bytes(block.values);
+  times_to_machine_order(type, block.values.data(), elements_.count());
+}
+
+void ElementRows::fill_row(Block& block, const std::byte* element) const {
+  const Type& type = place_.type;
+  if (type.kind == Kind::text) {
+    const std::string_view text = without_padding(type, element);
+    block.append_list(reinterpret_cast<const std::byte*>(text.data()), text.size());
+  } else if (type.kind == Kind::opaque) {
+    block.append_list(element, type.size);
+  } else if (is_list(type)) {
+    append_numbers(type, element, block);
+  } else if (type.kind == Kind::varying_text) {
+    const std::string_view text = varying_text(element);
+    text.data() == nullptr ? block.append_null_text() : block.append_text(text);
+  } else {
+    std::string text;
+    append_plain(type, element, namer_, &text);
+    block.append_text(text);
+  }
+}
+
+}  // namespace kelvo

@@ -1,0 +1,193 @@
+// The life of a session and the road of one statement through it.
+#include "session.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <new>
+
+#include "statements/family.h"
+#include "storage/check.h"
+#include "storage/object.h"
+
+namespace kelvo {
+namespace {
+
+// The prompt of the program holds a path of this many bytes and no more.
+constexpr std::size_t longest_group_path = 1022;
+
+void debug_line(const std::string& text) { std::printf("[debug] %s\n", text.c_str()); }
+
+}  // namespace
+
+Session::Session() { silence_hdf5(); }
+
+Status Session::execute(const char* statement) {
+  status_before_ = status_;
+  status_ = 0;
+  message_.clear();
+  position_ = 0;
+  result_.reset();
+  const auto begin = std::chrono::steady_clock::now();
+  if (settings_.debug) debug_begin(statement);
+  try {
+    Parser parser(statement);
+    result_.start(run_form(statement_families(), parser, *this));
+    end_writing();
+  } catch (const StatementError& error) {
+    fail(error);
+  } catch (const std::bad_alloc&) {
+    fail(StatementError(Status::no_memory, "There is not enough memory for the statement"));
+  }
+  if (status_ != 0) {
+    result_.clear();
+    try {
+      end_writing();
+    } catch (const StatementError&) {
+      // The statement has failed already; the first reason is the one to show.
+    }
+  }
+  if (settings_.debug) {
+    const std::chrono::duration<double, std::milli> elapsed =
+        std::chrono::steady_clock::now() - begin;
+    debug_end(static_cast<Status>(status_), elapsed.count());
+  }
+  return static_cast<Status>(status_);
+}
+
+void Session::fail(const StatementError& error) noexcept {
+  status_ = static_cast<std::int32_t>(error.status());
+  position_ = error.position();
+  message_ = error.what();
+}
+
+void Session::debug_begin(const char* statement) const {
+  debug_line(std::string("statement: ") + statement);
+}
+
+void Session::debug_end(Status status, double milliseconds) const {
+  if (status != Status::done) {
+    std::string line;
+    for (const char byte : hdf5_error_stack()) {
+      if (byte != '\n') {
+        line += byte;
+        continue;
+      }
+      debug_line("hdf5: " + line);
+      line.clear();
+    }
+  }
+  std::printf("[debug] status %d, %llu elements, %.3f ms\n", static_cast<int>(status),
+              static_cast<unsigned long long>(result_.elements()), milliseconds);
+}
+
+std::vector<Session::UsedFile>::iterator Session::find_used(const std::string& path) {
+  return std::find_if(files_.begin(), files_.end(),
+                      [&path](const UsedFile& file) { return file.path == path; });
+}
+
+void Session::use_file(const std::string& path, bool read_only) {
+  const auto used = find_used(path);
+  if (used != files_.end()) {
+    used->group = "/";
+    used->read_only = read_only;
+    std::rotate(used, used + 1, files_.end());
+    return;
+  }
+  UsedFile file;
+  file.path = path;
+  file.read_only = read_only;
+  file.handle = open_file(path, Access::read, settings_.file_options);
+  files_.push_back(std::move(file));
+}
+
+void Session::close_file() {
+  if (files_.empty()) throw StatementError(Status::nothing_in_use, "No file is in use");
+  files_.pop_back();
+}
+
+void Session::close_file(const std::string& path) {
+  const auto used = find_used(path);
+  if (used == files_.end())
+    throw StatementError(Status::nothing_in_use, "File " + quoted(path) + " is not in use");
+  files_.erase(used);
+}
+
+void Session::close_all_files() { files_.clear(); }
+
+bool Session::is_in_use(const std::string& path) const {
+  return std::any_of(files_.begin(), files_.end(),
+                     [&path](const UsedFile& file) { return file.path == path; });
+}
+
+std::vector<std::string> Session::used_files() const {
+  std::vector<std::string> paths;
+  for (auto file = files_.rbegin(); file != files_.rend(); ++file) paths.push_back(file->path);
+  return paths;
+}
+
+const std::string* Session::used_group() const {
+  return files_.empty() ? nullptr : &files_.back().group;
+}
+
+void Session::use_group(const std::string& path) {
+  if (path.size() > longest_group_path) {
+    throw StatementError(Status::out_of_range, "The path of the group has " +
+                                                   std::to_string(path.size()) +
+                                                   " bytes, USE GROUP takes at most " +
+                                                   std::to_string(longest_group_path));
+  }
+  open_group(file_in_use(Access::read), path);
+  files_.back().group = path;
+}
+
+hid_t Session::open_used(UsedFile& file, Access access) {
+  if (access == Access::write && file.read_only) {
+    throw StatementError(
+        Status::host_refused,
+        "File " + quoted(file.path) + " is in use READ ONLY (USE FILE opens it for writing too)");
+  }
+  if (file.handle && (access == Access::read || file.access == Access::write))
+    return file.handle.get();
+  file.handle.reset();
+  file.handle = open_file(file.path, access, settings_.file_options);
+  file.access = access;
+  return file.handle.get();
+}
+
+void Session::end_writing() {
+  for (UsedFile& file : files_) {
+    if (!file.handle || file.access == Access::read) continue;
+    file.access = Access::read;
+    check_done(file.handle.reset(),
+               [&file] { return "File " + quoted(file.path) + " cannot be written"; });
+  }
+}
+
+hid_t Session::file_in_use(Access access) {
+  if (files_.empty())
+    throw StatementError(Status::nothing_in_use, "No file is in use (USE FILE opens one)");
+  return open_used(files_.back(), access);
+}
+
+Target Session::find(const ObjectName& name, Access access) {
+  Target target;
+  target.attribute = name.attribute;
+  if (!name.file) {
+    target.file = file_in_use(access);
+    target.path = absolute_path(files_.back().group, name.path);
+    return target;
+  }
+  const std::string path = host_path(*name.file);
+  const auto used = find_used(path);
+  if (used != files_.end()) {
+    target.file = open_used(*used, access);
+  } else {
+    target.opened = open_file(path, access, settings_.file_options);
+    target.file = target.opened.get();
+  }
+  target.path = absolute_path("/", name.path);
+  return target;
+}
+
+}  // namespace kelvo

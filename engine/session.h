@@ -1,0 +1,103 @@
+// What lives between statements: files and group in use, settings, the last result and the last
+// error.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "answers/result.h"
+#include "language/parser.h"
+#include "storage/chunk_cache.h"
+#include "storage/file.h"
+#include "storage/handle.h"
+
+namespace kelvo {
+
+struct Settings {
+  bool debug = false;
+  FileOptions file_options;
+  ChunkCache chunk_cache;
+};
+
+/// An object that a statement names, found: the open file that it is in, and its path there.
+struct Target {
+  FileHandle opened;  // the file, where it was opened for this statement alone
+  hid_t file = H5I_INVALID_HID;
+  std::string path;  // absolute
+  std::optional<std::string> attribute;
+
+  /// As messages show it: path, or path@attribute.
+  [[nodiscard]] std::string shown() const { return attribute ? path + "@" + *attribute : path; }
+};
+
+class Session {
+ public:
+  Session();
+
+  /// Runs one statement and keeps its result; throws nothing but what leaves no way to report (see
+  /// api.cpp).
+  Status execute(const char* statement);
+
+  // --- for the statement families ---
+
+  Settings& settings() noexcept { return settings_; }
+  [[nodiscard]] std::int32_t status_before() const noexcept { return status_before_; }
+
+  /// Puts the file in use, opening it first where it is not yet. `path` is absolute.
+  void use_file(const std::string& path, bool read_only);
+  /// Takes the file in use, or the named one, out of use; the file used before it is in use then.
+  void close_file();
+  void close_file(const std::string& path);
+  void close_all_files();
+  [[nodiscard]] bool is_in_use(const std::string& path) const;
+  /// Absolute paths of the files in use, the one named last first.
+  [[nodiscard]] std::vector<std::string> used_files() const;
+
+  /// Absolute path of the group in use, or null when no file is in use.
+  [[nodiscard]] const std::string* used_group() const;
+  void use_group(const std::string& path);
+
+  /// The file in use, open for the access. Throws nothing_in_use where there is none. Between
+  /// statements no file is left open for writing, so that a program that ends at any time leaves
+  /// whole files and takes no lock while it waits.
+  hid_t file_in_use(Access access);
+
+  /// Finds what `name` means: its file is opened where it is not in use. Nothing is looked up in
+  /// the file.
+  Target find(const ObjectName& name, Access access);
+
+  // --- for api.cpp ---
+
+  Result& result() noexcept { return result_; }
+  [[nodiscard]] const std::string& message() const noexcept { return message_; }
+  [[nodiscard]] std::int32_t position() const noexcept { return position_; }
+
+  /// Records a failure as that of the last statement.
+  void fail(const StatementError& error) noexcept;
+
+ private:
+  struct UsedFile {
+    std::string path;
+    std::string group = "/";
+    bool read_only = false;
+    FileHandle handle;  // empty between a statement that wrote and the next that needs the file
+    Access access = Access::read;
+  };
+
+  std::vector<UsedFile>::iterator find_used(const std::string& path);
+  hid_t open_used(UsedFile& file, Access access);
+  void end_writing();
+  void debug_begin(const char* statement) const;
+  void debug_end(Status status, double milliseconds) const;
+
+  Settings settings_;
+  std::vector<UsedFile> files_;  // the one in use last
+  Result result_;
+  std::string message_;
+  std::int32_t position_ = 0;
+  std::int32_t status_ = 0;
+  std::int32_t status_before_ = 0;
+};
+
+}  // namespace kelvo

@@ -1,0 +1,21 @@
+// Opening datasets and attributes.
+#include "statements/places.h"
+
+#include "error.h"
+#include "session.h"
+#include "storage/object.h"
+
+namespace kelvo {
+
+ElementPlace open_place(const Target& target, Session& session) {
+  if (target.attribute) {
+    const ObjectHandle object = open_object(target.file, target.path);
+    return place_of(open_attribute(object.get(), target.path, *target.attribute),
+                    "Attribute " + quoted(target.shown()));
+  }
+  expect_dataset(target.file, target.path);
+  return place_of(open_for_reading(target.file, target.path, session.settings().chunk_cache),
+                  "Dataset " + quoted(target.path));
+}
+
+}  // namespace kelvo

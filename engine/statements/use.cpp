@@ -1,0 +1,37 @@
+// USE: what later statements work on.
+#include <array>
+#include <string>
+
+#include "session.h"
+#include "statements/family.h"
+#include "storage/object.h"
+
+namespace kelvo {
+namespace {
+
+Answer use_file(Parser& parser, Session& session) {
+  const std::string path = host_path(parser.expect_path("a file"));
+  const bool read_only = parser.accept_keyword("READ ONLY");
+  parser.expect_end();
+  session.use_file(path, read_only);
+  return nullptr;
+}
+
+Answer use_group(Parser& parser, Session& session) {
+  ObjectName name;
+  name.path = parser.expect_path("a group");
+  parser.expect_end();
+  session.use_group(session.find(name, Access::read).path);
+  return nullptr;
+}
+
+constexpr std::array forms = {
+    Form{"FILE", use_file},
+    Form{"GROUP", use_group},
+};
+
+}  // namespace
+
+Answer run_use(Parser& parser, Session& session) { return run_form(forms, parser, session); }
+
+}  // namespace kelvo

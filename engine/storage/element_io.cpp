@@ -1,0 +1,184 @@
+// Blocks of elements between files and memory.
+#include "storage/element_io.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+
+#include "storage/check.h"
+#include "storage/datatype.h"
+#include "storage/object.h"
+
+namespace kelvo {
+namespace {
+
+// Large enough to make a call's cost small, small enough to stay in the second-level cache.
+constexpr std::size_t block_bytes = std::size_t{512} * 1024;
+
+std::string cannot_read(const ElementPlace& place) { return place.name + " cannot be read"; }
+
+ElementPlace described(ElementPlace place, hid_t space, hid_t file_type) {
+  const DataspaceHandle owned_space(space);
+  place.file_type = DatatypeHandle(file_type);
+  const auto what = [&place] { return cannot_read(place); };
+  check_id(space, what);
+  check_id(file_type, what);
+  place.space = describe_space(space);
+  place.type = describe_datatype(file_type);
+  place.memory_type = memory_datatype(place.type, file_type);
+  return place;
+}
+
+bool selects_all(const Selection& selection, const Space& space) {
+  return std::equal(selection.count.begin(), selection.count.end(), space.extents.begin(),
+                    space.extents.end());
+}
+
+}  // namespace
+
+ElementPlace place_of(DatasetHandle dataset, std::string name) {
+  ElementPlace place;
+  place.dataset = std::move(dataset);
+  place.name = std::move(name);
+  const hid_t id = place.dataset.get();
+  return described(std::move(place), H5Dget_space(id), H5Dget_type(id));
+}
+
+ElementPlace place_of(AttributeHandle attribute, std::string name) {
+  ElementPlace place;
+  place.attribute = std::move(attribute);
+  place.name = std::move(name);
+  const hid_t id = place.attribute.get();
+  return described(std::move(place), H5Aget_space(id), H5Aget_type(id));
+}
+
+void ElementBlock::release() noexcept {
+  const bool chosen = whole_count_ > 0;
+  const hsize_t count = chosen ? whole_count_ : count_;
+  if (varying_type_ >= 0 && count > 0) {
+    const DataspaceHandle space(H5Screate_simple(1, &count, nullptr));
+    H5Dvlen_reclaim(varying_type_, space.get(), H5P_DEFAULT, (chosen ? whole_ : bytes_).data());
+  }
+  varying_type_ = H5I_INVALID_HID;
+  count_ = whole_count_ = 0;
+}
+
+ElementReader::ElementReader(const ElementPlace& place, Selection selection)
+    : place_(place), selection_(std::move(selection)) {
+  done_ = selection_.elements() == 0;
+  plan_blocks();
+}
+
+void ElementReader::plan_blocks() {
+  at_.assign(selection_.count.size(), 0);
+  if (at_.empty()) return;
+  const Extent most = std::max<Extent>(1, block_bytes / std::max<std::size_t>(1, place_.type.size));
+  Extent below = 1;
+  split_ = at_.size() - 1;
+  while (split_ > 0 && below * selection_.count[split_] <= most)
+    below *= selection_.count[split_--];
+  rows_per_block_ =
+      std::clamp<Extent>(most / below, 1, std::max<Extent>(1, selection_.count[split_]));
+}
+
+bool ElementReader::next(ElementBlock& block) {
+  block.release();
+  if (done_) return false;
+  if (!place_.dataset) {
+    done_ = true;
+    read_attribute(block);
+    return true;
+  }
+  if (at_.empty()) {
+    done_ = true;
+    read_dataset(block, 0, 1);
+    return true;
+  }
+  const Extent rows = std::min(rows_per_block_, selection_.count[split_] - at_[split_]);
+  read_dataset(block, at_[split_], rows);
+  at_[split_] += rows;
+  for (std::size_t d = split_; at_[d] == selection_.count[d]; --d) {
+    if (d == 0) {
+      done_ = true;
+      break;
+    }
+    at_[d] = 0;
+    ++at_[d - 1];
+  }
+  return true;
+}
+
+void ElementReader::read_dataset(ElementBlock& block, Extent first_row, Extent rows) {
+  const auto what = [this] { return cannot_read(place_); };
+  const DataspaceHandle file_space(check_id(H5Dget_space(place_.dataset.get()), what));
+  hsize_t elements = 1;
+  if (!at_.empty()) {
+    std::vector<hsize_t> start(at_.size());
+    std::vector<hsize_t> count(at_.size(), 1);
+    for (std::size_t d = 0; d < at_.size(); ++d) {
+      const Extent step = d < split_ ? at_[d] : d == split_ ? first_row : 0;
+      start[d] = selection_.start[d] + step * selection_.stride[d];
+      if (d == split_) count[d] = rows;
+      if (d > split_) count[d] = selection_.count[d];
+      elements *= count[d];
+    }
+    check_done(H5Sselect_hyperslab(file_space.get(), H5S_SELECT_SET, start.data(),
+                                   selection_.stride.data(), count.data(), nullptr),
+               what);
+  }
+  const DataspaceHandle memory_space(check_id(H5Screate_simple(1, &elements, nullptr), what));
+  block.bytes_.resize(static_cast<std::size_t>(elements) * place_.type.size);
+  check_done(H5Dread(place_.dataset.get(), place_.memory_type.get(), memory_space.get(),
+                     file_space.get(), H5P_DEFAULT, block.bytes_.data()),
+             what);
+  block.count_ = static_cast<std::size_t>(elements);
+  if (place_.type.has_varying_parts()) block.varying_type_ = place_.memory_type.get();
+}
+
+// Attributes are read whole, as HDF5 does; the selection is gathered from that.
+void ElementReader::read_attribute(ElementBlock& block) {
+  const auto what = [this] { return cannot_read(place_); };
+  const Extent all = place_.space.elements();
+  block.bytes_.resize(static_cast<std::size_t>(all) * place_.type.size);
+  check_done(H5Aread(place_.attribute.get(), place_.memory_type.get(), block.bytes_.data()), what);
+  block.count_ = static_cast<std::size_t>(all);
+  if (place_.type.has_varying_parts()) block.varying_type_ = place_.memory_type.get();
+  if (!selects_all(selection_, place_.space)) choose(block);
+}
+
+void ElementReader::choose(ElementBlock& block) {
+  const auto what = [this] { return cannot_read(place_); };
+  block.whole_.swap(block.bytes_);
+  block.whole_count_ = block.count_;
+  block.count_ = static_cast<std::size_t>(selection_.elements());
+  block.bytes_.resize(block.count_ * place_.type.size);
+  const DataspaceHandle space = make_space(place_.space);
+  check_done(H5Sselect_hyperslab(space.get(), H5S_SELECT_SET, selection_.start.data(),
+                                 selection_.stride.data(), selection_.count.data(), nullptr),
+             what);
+  check_done(H5Dgather(space.get(), block.whole_.data(), place_.memory_type.get(),
+                       block.bytes_.size(), block.bytes_.data(), nullptr, nullptr),
+             what);
+}
+
+void write_elements(const ElementPlace& place, const Selection& selection, const std::byte* bytes) {
+  const auto what = [&place] { return place.name + " cannot be written"; };
+  if (place.attribute) {
+    check_done(H5Awrite(place.attribute.get(), place.memory_type.get(), bytes), what);
+    return;
+  }
+  const hsize_t elements = selection.elements();
+  if (elements == 0) return;
+  const DataspaceHandle file_space(check_id(H5Dget_space(place.dataset.get()), what));
+  const DataspaceHandle memory_space(check_id(H5Screate_simple(1, &elements, nullptr), what));
+  if (!selection.count.empty()) {
+    check_done(H5Sselect_hyperslab(file_space.get(), H5S_SELECT_SET, selection.start.data(),
+                                   selection.stride.data(), selection.count.data(), nullptr),
+               what);
+  }
+  check_done(H5Dwrite(place.dataset.get(), place.memory_type.get(), memory_space.get(),
+                      file_space.get(), H5P_DEFAULT, bytes),
+             what);
+}
+
+}  // namespace kelvo

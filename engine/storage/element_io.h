@@ -1,0 +1,86 @@
+// Reading and writing the elements of datasets and attributes, in C order, a block at a time.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "storage/handle.h"
+#include "values/selection.h"
+#include "values/space.h"
+#include "values/type.h"
+
+namespace kelvo {
+
+/// Where elements are: an open dataset or attribute with what is known about it.
+struct ElementPlace {
+  DatasetHandle dataset;  // one of these two is open
+  AttributeHandle attribute;
+  std::string name;  // as messages show it: `Dataset "/x"`
+  DatatypeHandle file_type;
+  DatatypeHandle memory_type;
+  Type type;
+  Space space;
+};
+
+ElementPlace place_of(DatasetHandle dataset, std::string name);
+ElementPlace place_of(AttributeHandle attribute, std::string name);
+
+/// Elements in memory as their Type lays them out. Owns what varying parts point to, where the HDF5
+/// library made them.
+class ElementBlock {
+ public:
+  ElementBlock() = default;
+  ElementBlock(const ElementBlock&) = delete;
+  ElementBlock& operator=(const ElementBlock&) = delete;
+  ~ElementBlock() { release(); }
+
+  [[nodiscard]] const std::byte* data() const noexcept { return bytes_.data(); }
+  [[nodiscard]] std::size_t count() const noexcept { return count_; }
+
+  /// Exchanges the bytes for others, to be filled next time; only for types without varying parts.
+  void swap_bytes(std::vector<std::byte>& bytes) noexcept { bytes_.swap(bytes); }
+
+ private:
+  friend class ElementReader;
+  void release() noexcept;
+
+  std::vector<std::byte> bytes_;
+  std::size_t count_ = 0;
+  // What the HDF5 library filled, where only a part of it was asked for; varying parts are given
+  // back from here then.
+  std::vector<std::byte> whole_;
+  std::size_t whole_count_ = 0;
+  hid_t varying_type_ =
+      H5I_INVALID_HID;  // the reader's memory type, while varying parts are to be given back
+};
+
+/// Walks a selection in C order. `place` must outlive it, and it the blocks it fills where the type
+/// has varying parts.
+class ElementReader {
+ public:
+  ElementReader(const ElementPlace& place, Selection selection);
+
+  /// Replaces the block's content by the next elements; false when there are none left.
+  bool next(ElementBlock& block);
+
+ private:
+  void plan_blocks();
+  void read_dataset(ElementBlock& block, Extent first_row, Extent rows);
+  void read_attribute(ElementBlock& block);
+  void choose(ElementBlock& block);
+
+  const ElementPlace& place_;
+  Selection selection_;
+  // A block is `rows_per_block_` steps of dimension `split_`, whole below it and one step above it.
+  std::size_t split_ = 0;
+  Extent rows_per_block_ = 1;
+  std::vector<Extent>
+      at_;  // where the next block begins, in steps of the selection; empty for a scalar
+  bool done_ = false;
+};
+
+/// Writes all elements of the selection; `bytes` holds them as place.type lays them out.
+void write_elements(const ElementPlace& place, const Selection& selection, const std::byte* bytes);
+
+}  // namespace kelvo

@@ -1,0 +1,33 @@
+// Integers of 1 to 8 bytes in either byte order.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "values/type.h"
+
+namespace kelvo {
+
+/// `bytes` need not be aligned. The result is sign-extended to 64 bits where `is_signed`. Of
+/// integers wider than 8 bytes the lowest 8 count.
+inline std::uint64_t load_integer(const std::byte* bytes, std::size_t size, ByteOrder order,
+                                  bool is_signed) {
+  std::uint64_t value = 0;
+  for (std::size_t i = 0; i < size; ++i) {
+    value = value << 8U |
+            std::to_integer<std::uint64_t>(bytes[order == ByteOrder::big ? i : size - 1 - i]);
+  }
+  if (!is_signed || size >= 8) return value;
+  const std::uint64_t sign = std::uint64_t{1} << (8 * size - 1);
+  return (value ^ sign) - sign;
+}
+
+/// Stores the lowest `size` bytes of `value`.
+inline void store_integer(std::uint64_t value, std::size_t size, ByteOrder order,
+                          std::byte* bytes) {
+  for (std::size_t i = 0; i < size; ++i, value >>= 8U) {
+    bytes[order == ByteOrder::little ? i : size - 1 - i] = static_cast<std::byte>(value);
+  }
+}
+
+}  // namespace kelvo

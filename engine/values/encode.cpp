@@ -1,0 +1,245 @@
+// Fits written values to types.
+#include "values/encode.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+#include "error.h"
+#include "values/bits.h"
+#include "values/text.h"
+
+namespace kelvo {
+namespace {
+
+[[noreturn]] void refuse_fit(const Literal& literal, const Type& type) {
+  throw StatementError(Status::out_of_range,
+                       "Value " + describe(literal) + " does not fit " + type_name(type));
+}
+
+[[noreturn]] void refuse_kind(const Literal& literal, const Type& type) {
+  throw StatementError(Status::wrong_kind,
+                       "Value " + describe(literal) + " is no value of " + type_name(type));
+}
+
+void store(const void* value, std::size_t size, std::byte* element) {
+  std::memcpy(element, value, size);
+}
+
+// A real number counts as an integer where it is exactly one: 1e3, 2.0.
+bool as_integer(const Literal& literal, bool* negative, std::uint64_t* magnitude) {
+  if (literal.kind == LiteralKind::integer) {
+    *negative = literal.negative && literal.magnitude != 0;
+    *magnitude = literal.magnitude;
+    return true;
+  }
+  const double size = std::fabs(literal.real);
+  if (literal.kind != LiteralKind::real || !(size < 18446744073709551616.0) ||
+      size != std::floor(size))
+    return false;
+  *magnitude = static_cast<std::uint64_t>(size);
+  *negative = literal.real < 0;
+  return true;
+}
+
+std::uint64_t integer_bits(const Literal& literal, const Type& type, bool is_signed) {
+  if (literal.kind != LiteralKind::integer && literal.kind != LiteralKind::real)
+    refuse_kind(literal, type);
+  bool negative = false;
+  std::uint64_t magnitude = 0;
+  // The file's width counts: a file may hold integers narrower than the machine's.
+  const std::size_t bits = 8 * std::min<std::size_t>(type.file_size, 8);
+  const std::uint64_t most = std::numeric_limits<std::uint64_t>::max() >> (64 - bits);
+  const std::uint64_t limit = is_signed ? most >> 1U : most;
+  if (!as_integer(literal, &negative, &magnitude)) refuse_fit(literal, type);
+  if (negative ? !is_signed || magnitude > limit + 1 : magnitude > limit) refuse_fit(literal, type);
+  return negative ? ~magnitude + 1 : magnitude;
+}
+
+void encode_integer(const Type& type, const Literal& literal, std::byte* element) {
+  const bool is_signed = type.is_signed && type.kind != Kind::bit_field;
+  const ByteOrder order = type.kind == Kind::time ? type.order : machine_order();
+  store_integer(integer_bits(literal, type, is_signed), type.size, order, element);
+}
+
+void encode_real(const Type& type, const Literal& literal, std::byte* element) {
+  if (literal.kind != LiteralKind::integer && literal.kind != LiteralKind::real)
+    refuse_kind(literal, type);
+  double value = literal.real;
+  if (literal.kind == LiteralKind::integer) {
+    value = static_cast<double>(literal.magnitude);
+    if (literal.negative) value = -value;
+  }
+  if (type.size == 8) return store(&value, sizeof value, element);
+  const auto single = static_cast<float>(value);
+  // 65520 is the least value that rounds to infinity in 16 bits.
+  const bool too_large =
+      std::isinf(single) || (type.file_size == 2 && std::fabs(single) >= 65520.0F);
+  if (too_large && std::isfinite(value)) refuse_fit(literal, type);
+  store(&single, sizeof single, element);
+}
+
+void encode_text(const Type& type, const Literal& literal, std::byte* element) {
+  if (literal.kind != LiteralKind::string && literal.kind != LiteralKind::bytes)
+    refuse_kind(literal, type);
+  // A null-terminated string keeps its last byte for the null.
+  const std::size_t room = type.size - (type.padding == Padding::null_terminated ? 1 : 0);
+  if (literal.text.size() > room) refuse_fit(literal, type);
+  std::memset(element, type.padding == Padding::space_padded ? ' ' : 0, type.size);
+  std::memcpy(element, literal.text.data(), literal.text.size());
+}
+
+void encode_opaque(const Type& type, const Literal& literal, std::byte* element) {
+  if (literal.kind != LiteralKind::string && literal.kind != LiteralKind::bytes)
+    refuse_kind(literal, type);
+  if (literal.text.size() > type.size) refuse_fit(literal, type);
+  std::memset(element, 0, type.size);
+  std::memcpy(element, literal.text.data(), literal.text.size());
+}
+
+void encode_enumeration(const Type& type, const Literal& literal, std::byte* element) {
+  const bool is_name = literal.kind == LiteralKind::string || literal.kind == LiteralKind::word;
+  std::uint64_t bits = 0;
+  if (is_name) {
+    const auto name =
+        std::find_if(type.names.begin(), type.names.end(),
+                     [&literal](const EnumName& one) { return one.name == literal.text; });
+    if (name == type.names.end()) refuse_fit(literal, type);
+    bits = name->bits;
+  } else {
+    bits = integer_bits(literal, type, type.is_signed);
+  }
+  store_integer(bits, type.size, type.order, element);
+}
+
+void check_count(std::size_t written, std::size_t wanted, const std::string& of_what) {
+  if (written == wanted) return;
+  throw StatementError(Status::out_of_range,
+                       std::to_string(wanted) + (wanted == 1 ? " value is" : " values are") +
+                           " needed for " + of_what + ", " + std::to_string(written) +
+                           (written == 1 ? " is" : " are") + " given");
+}
+
+}  // namespace
+
+std::string describe(const Literal& literal) {
+  switch (literal.kind) {
+    case LiteralKind::string:
+      return string_literal(literal.text);
+    case LiteralKind::bytes:
+      return "X'...'";
+    case LiteralKind::tuple:
+      return "(...)";
+    case LiteralKind::list:
+      return "[...]";
+    default:
+      return literal.text;
+  }
+}
+
+void EncodedElements::append(const Literal& literal) {
+  bytes_.resize(bytes_.size() + type_->size);
+  encode(*type_, literal, bytes_.data() + count_ * type_->size);
+  ++count_;
+}
+
+void EncodedElements::repeat(std::size_t count) {
+  const std::vector<std::byte> one(bytes_.begin(),
+                                   bytes_.begin() + static_cast<std::ptrdiff_t>(type_->size));
+  bytes_.resize(count * type_->size);
+  for (std::size_t i = 0; i < count; ++i)
+    std::memcpy(bytes_.data() + i * type_->size, one.data(), type_->size);
+  count_ = count;
+}
+
+void EncodedElements::encode(const Type& type, const Literal& literal, std::byte* element) {
+  switch (type.kind) {
+    case Kind::integer:
+    case Kind::bit_field:
+    case Kind::time:
+      return encode_integer(type, literal, element);
+    case Kind::real:
+      return encode_real(type, literal, element);
+    case Kind::text:
+      return encode_text(type, literal, element);
+    case Kind::varying_text:
+      return encode_varying_text(literal, element);
+    case Kind::opaque:
+      return encode_opaque(type, literal, element);
+    case Kind::enumeration:
+      return encode_enumeration(type, literal, element);
+    case Kind::compound:
+      return encode_compound(type, literal, element);
+    case Kind::array:
+      return encode_array(type, literal, element);
+    case Kind::sequence:
+      return encode_sequence(type, literal, element);
+    case Kind::object_reference:
+    case Kind::region_reference:
+      refuse_kind(literal, type);
+  }
+}
+
+void EncodedElements::encode_compound(const Type& type, const Literal& literal,
+                                      std::byte* element) {
+  if (literal.kind != LiteralKind::tuple) refuse_kind(literal, type);
+  check_count(literal.items.size(), type.members.size(),
+              "a compound with " + std::to_string(type.members.size()) +
+                  (type.members.size() == 1 ? " member" : " members"));
+  for (std::size_t i = 0; i < type.members.size(); ++i) {
+    encode(type.members[i].type, literal.items[i], element + type.members[i].offset);
+  }
+}
+
+// [1, 2, 3] in C order, or nested lists, one level for each dimension.
+void EncodedElements::encode_array(const Type& type, const Literal& literal, std::byte* element) {
+  if (literal.kind != LiteralKind::list) refuse_kind(literal, type);
+  const Type& base = type.base[0];
+  const bool nested = type.extents.size() > 1 && literal.items.size() == type.extents[0] &&
+                      !literal.items.empty() && literal.items[0].kind == LiteralKind::list &&
+                      base.kind != Kind::sequence && base.kind != Kind::array;
+  if (nested) {
+    Type line = type;
+    line.extents.erase(line.extents.begin());
+    line.size = type.size / static_cast<std::size_t>(type.extents[0]);
+    for (std::size_t i = 0; i < literal.items.size(); ++i)
+      encode_array(line, literal.items[i], element + i * line.size);
+    return;
+  }
+  check_count(literal.items.size(), static_cast<std::size_t>(type.array_length()),
+              "an array of " + type_name(base));
+  for (std::size_t i = 0; i < literal.items.size(); ++i)
+    encode(base, literal.items[i], element + i * base.size);
+}
+
+void EncodedElements::encode_sequence(const Type& type, const Literal& literal,
+                                      std::byte* element) {
+  if (literal.kind != LiteralKind::list) refuse_kind(literal, type);
+  const Type& base = type.base[0];
+  std::vector<std::byte>& items = sequences_.emplace_back(literal.items.size() * base.size);
+  for (std::size_t i = 0; i < literal.items.size(); ++i)
+    encode(base, literal.items[i], items.data() + i * base.size);
+  const std::size_t count = literal.items.size();
+  const void* address = items.data();
+  store(&count, sizeof count, element);
+  store(&address, sizeof address, element + sizeof count);
+}
+
+void EncodedElements::encode_varying_text(const Literal& literal, std::byte* element) {
+  const char* address = nullptr;
+  if (literal.kind == LiteralKind::string || literal.kind == LiteralKind::bytes) {
+    if (literal.text.find('\0') != std::string::npos) {
+      throw StatementError(Status::out_of_range,
+                           "A VARCHAR cannot hold a null byte (CHAR and OPAQUE can)");
+    }
+    address = texts_.emplace_back(literal.text).c_str();
+  } else if (literal.kind != LiteralKind::word || literal.text != "NULL") {
+    Type type;
+    type.kind = Kind::varying_text;
+    refuse_kind(literal, type);
+  }
+  store(&address, sizeof address, element);
+}
+
+}  // namespace kelvo

@@ -1,0 +1,49 @@
+// Written values become elements in memory. Everything is checked here, before anything is written
+// to a file.
+#pragma once
+
+#include <cstddef>
+#include <deque>
+#include <string>
+#include <vector>
+
+#include "values/literal.h"
+#include "values/type.h"
+
+namespace kelvo {
+
+/// Elements made from literals, with the memory that their varying parts point to.
+class EncodedElements {
+ public:
+  explicit EncodedElements(const Type& type) : type_(&type) {}
+
+  /// Appends one element. Throws StatementError: out_of_range for a value that does not fit,
+  /// wrong_kind for one of another kind. Nothing is ever cut or rounded to another integer.
+  void append(const Literal& literal);
+
+  /// The bytes of all elements so far, `type.size` each; good until the next append.
+  [[nodiscard]] const std::byte* data() const noexcept { return bytes_.data(); }
+  [[nodiscard]] std::size_t count() const noexcept { return count_; }
+
+  /// Makes the one element stand `count` times.
+  void repeat(std::size_t count);
+
+ private:
+  void encode(const Type& type, const Literal& literal, std::byte* element);
+  void encode_compound(const Type& type, const Literal& literal, std::byte* element);
+  void encode_array(const Type& type, const Literal& literal, std::byte* element);
+  void encode_sequence(const Type& type, const Literal& literal, std::byte* element);
+  void encode_varying_text(const Literal& literal, std::byte* element);
+
+  const Type* type_;
+  std::vector<std::byte> bytes_;
+  std::size_t count_ = 0;
+  // What varying parts point to; a deque never moves what it holds.
+  std::deque<std::string> texts_;
+  std::deque<std::vector<std::byte>> sequences_;
+};
+
+/// The literal as messages show it.
+std::string describe(const Literal& literal);
+
+}  // namespace kelvo

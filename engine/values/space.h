@@ -1,0 +1,27 @@
+// The shape of a dataset or attribute.
+#pragma once
+
+#include <vector>
+
+namespace kelvo {
+
+/// An extent, count or offset in elements: the HDF5 library's own type for them, named here without
+/// its header.
+using Extent = unsigned long long;
+
+constexpr Extent unlimited = static_cast<Extent>(-1);
+
+struct Space {
+  bool is_null = false;         // without any element, by its kind
+  std::vector<Extent> extents;  // none for a scalar
+  std::vector<Extent>
+      maximum;  // one for each extent, or none where they are the extents themselves
+
+  [[nodiscard]] Extent elements() const {
+    Extent count = is_null ? 0 : 1;
+    for (const Extent extent : extents) count *= extent;
+    return count;
+  }
+};
+
+}  // namespace kelvo

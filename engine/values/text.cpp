@@ -1,0 +1,212 @@
+// Writes elements as text.
+#include "values/text.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cstring>
+
+#include "values/bits.h"
+
+namespace kelvo {
+namespace {
+
+template <typename T>
+T load(const std::byte* element) {
+  T value;
+  std::memcpy(&value, element, sizeof value);
+  return value;
+}
+
+template <typename T>
+void append_shortest(T value, std::string* text) {
+  std::array<char, 32> digits{};
+  const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+  text->append(digits.data(), result.ptr);
+}
+
+void append_hex(unsigned char byte, std::string* text) {
+  static constexpr std::string_view digits = "0123456789abcdef";
+  *text += digits[byte >> 4U];
+  *text += digits[byte & 0xfU];
+}
+
+void append_enumeration(const Type& type, const std::byte* element, bool nested,
+                        std::string* text) {
+  const std::uint64_t bits = load_integer(element, type.size, type.order, type.is_signed);
+  const auto name = std::find_if(type.names.begin(), type.names.end(),
+                                 [bits](const EnumName& one) { return one.bits == bits; });
+  if (name != type.names.end()) {
+    *text += nested ? string_literal(name->name) : name->name;
+  } else if (type.is_signed) {
+    append_shortest(static_cast<std::int64_t>(bits), text);
+  } else {
+    append_shortest(bits, text);
+  }
+}
+
+void append_opaque(const Type& type, const std::byte* element, std::string* text) {
+  *text += "X'";
+  for (std::size_t i = 0; i < type.size; ++i)
+    append_hex(std::to_integer<unsigned char>(element[i]), text);
+  *text += '\'';
+}
+
+void append_compound(const Type& type, const std::byte* element, const ReferenceNamer& namer,
+                     std::string* text) {
+  *text += '{';
+  for (const Member& member : type.members) {
+    if (&member != type.members.data()) *text += ", ";
+    *text += member.name + ": ";
+    append_nested(member.type, element + member.offset, namer, text);
+  }
+  *text += '}';
+}
+
+void append_items(const Type& base, const std::byte* items, std::size_t count,
+                  const ReferenceNamer& namer, std::string* text) {
+  *text += '[';
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i > 0) *text += ", ";
+    append_nested(base, items + i * base.size, namer, text);
+  }
+  *text += ']';
+}
+
+// Each further dimension of an array is a list of its own.
+void append_array(const Type& type, std::size_t dimension, const std::byte* items,
+                  const ReferenceNamer& namer, std::string* text) {
+  const auto extent = static_cast<std::size_t>(type.extents[dimension]);
+  if (dimension + 1 == type.extents.size())
+    return append_items(type.base[0], items, extent, namer, text);
+  std::size_t step = type.size;
+  for (std::size_t d = 0; d <= dimension; ++d) step /= static_cast<std::size_t>(type.extents[d]);
+  *text += '[';
+  for (std::size_t i = 0; i < extent; ++i) {
+    if (i > 0) *text += ", ";
+    append_array(type, dimension + 1, items + i * step, namer, text);
+  }
+  *text += ']';
+}
+
+struct SequenceInMemory {
+  std::size_t count;
+  const std::byte* items;
+};
+
+void append_reference(const Type& type, const std::byte* element, const ReferenceNamer& namer,
+                      bool nested, std::string* text) {
+  const std::string name = namer ? namer(type, element) : "";
+  *text += nested ? (name.empty() ? "NULL" : string_literal(name)) : name;
+}
+
+}  // namespace
+
+std::string_view without_padding(const Type& type, const std::byte* element) {
+  const std::string_view whole(reinterpret_cast<const char*>(element), type.size);
+  std::size_t length = whole.size();
+  switch (type.padding) {
+    case Padding::null_terminated:
+      length = std::min(whole.find('\0'), whole.size());
+      break;
+    case Padding::null_padded:
+      length = whole.find_last_not_of('\0') + 1;
+      break;
+    case Padding::space_padded:
+      length = whole.find_last_not_of(' ') + 1;
+      break;
+  }
+  return whole.substr(0, length);
+}
+
+std::string_view varying_text(const std::byte* element) {
+  const char* text = load<const char*>(element);
+  return text == nullptr ? std::string_view() : std::string_view(text);
+}
+
+void append_number(const Type& type, const std::byte* element, std::string* text) {
+  if (type.kind == Kind::real) {
+    if (type.size == 4) return append_shortest(load<float>(element), text);
+    return append_shortest(load<double>(element), text);
+  }
+  // Times are the file's bytes in memory, all other integers the machine's.
+  const ByteOrder order = type.kind == Kind::time ? type.order : machine_order();
+  const bool is_signed = type.is_signed && type.kind != Kind::bit_field;
+  const std::uint64_t bits = load_integer(element, type.size, order, is_signed);
+  is_signed ? append_shortest(static_cast<std::int64_t>(bits), text) : append_shortest(bits, text);
+}
+
+std::string string_literal(std::string_view text) {
+  const bool escape = std::any_of(text.begin(), text.end(), [](char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
+  });
+  std::string literal = escape ? "E'" : "'";
+  for (const char c : text) {
+    const auto code = static_cast<unsigned char>(c);
+    if (c == '\'') {
+      literal += "''";
+    } else if (escape && c == '\\') {
+      literal += "\\\\";
+    } else if (code < 0x20 || code == 0x7f) {
+      literal += "\\x";
+      append_hex(code, &literal);
+    } else {
+      literal += c;
+    }
+  }
+  return literal + "'";
+}
+
+void append_plain(const Type& type, const std::byte* element, const ReferenceNamer& namer,
+                  std::string* text) {
+  switch (type.kind) {
+    case Kind::text:
+      *text += without_padding(type, element);
+      return;
+    case Kind::varying_text:
+      *text += varying_text(element);
+      return;
+    case Kind::enumeration:
+      return append_enumeration(type, element, false, text);
+    case Kind::object_reference:
+    case Kind::region_reference:
+      return append_reference(type, element, namer, false, text);
+    default:
+      return append_nested(type, element, namer, text);
+  }
+}
+
+void append_nested(const Type& type, const std::byte* element, const ReferenceNamer& namer,
+                   std::string* text) {
+  switch (type.kind) {
+    case Kind::integer:
+    case Kind::real:
+    case Kind::bit_field:
+    case Kind::time:
+      return append_number(type, element, text);
+    case Kind::text:
+      *text += string_literal(without_padding(type, element));
+      return;
+    case Kind::varying_text:
+      *text +=
+          load<const char*>(element) == nullptr ? "NULL" : string_literal(varying_text(element));
+      return;
+    case Kind::opaque:
+      return append_opaque(type, element, text);
+    case Kind::enumeration:
+      return append_enumeration(type, element, true, text);
+    case Kind::object_reference:
+    case Kind::region_reference:
+      return append_reference(type, element, namer, true, text);
+    case Kind::compound:
+      return append_compound(type, element, namer, text);
+    case Kind::array:
+      return append_array(type, 0, element, namer, text);
+    case Kind::sequence: {
+      const auto sequence = load<SequenceInMemory>(element);
+      return append_items(type.base[0], sequence.items, sequence.count, namer, text);
+    }
+  }
+}
+
+}  // namespace kelvo

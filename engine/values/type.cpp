@@ -1,0 +1,202 @@
+// Type codes and the written notation of types.
+#include "values/type.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <iterator>
+#include <string_view>
+
+#include "kelvo.h"
+
+namespace kelvo {
+namespace {
+
+// One row for each numeric element in memory: how it is named, and shown alone or in a list.
+struct NumericRow {
+  bool is_real;
+  std::size_t size;
+  bool is_signed;
+  std::string_view name;
+  std::int32_t code;
+  std::int32_t list_code;
+};
+
+constexpr std::array<NumericRow, 10> numeric_rows = {{
+    {false, 1, true, "TINYINT", KELVO_TINYINT, KELVO_VARTINYINT},
+    {false, 1, false, "UNSIGNED TINYINT", KELVO_UNSIGNED_TINYINT, KELVO_UNSIGNED_VARTINYINT},
+    {false, 2, true, "SMALLINT", KELVO_SMALLINT, KELVO_VARSMALLINT},
+    {false, 2, false, "UNSIGNED SMALLINT", KELVO_UNSIGNED_SMALLINT, KELVO_UNSIGNED_VARSMALLINT},
+    {false, 4, true, "INT", KELVO_INT, KELVO_VARINT},
+    {false, 4, false, "UNSIGNED INT", KELVO_UNSIGNED_INT, KELVO_UNSIGNED_VARINT},
+    {false, 8, true, "BIGINT", KELVO_BIGINT, KELVO_VARBIGINT},
+    {false, 8, false, "UNSIGNED BIGINT", KELVO_UNSIGNED_BIGINT, KELVO_UNSIGNED_VARBIGINT},
+    {true, 4, true, "FLOAT", KELVO_FLOAT, KELVO_VARFLOAT},
+    {true, 8, true, "DOUBLE", KELVO_DOUBLE, KELVO_VARDOUBLE},
+}};
+
+const NumericRow& numeric_row(const Type& type) {
+  const bool is_real = type.kind == Kind::real;
+  const bool is_signed = is_real || (type.is_signed && type.kind != Kind::bit_field);
+  const auto* row =
+      std::find_if(numeric_rows.begin(), numeric_rows.end(), [&](const NumericRow& r) {
+        return r.is_real == is_real && r.size == type.size && r.is_signed == is_signed;
+      });
+  return row == numeric_rows.end() ? numeric_rows.back() : *row;
+}
+
+bool is_plain_name(const std::string& name) {
+  const auto is_letter = [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' ||
+           static_cast<unsigned char>(c) >= 0x80;
+  };
+  return !name.empty() && is_letter(name[0]) && std::all_of(name.begin(), name.end(), [&](char c) {
+    return is_letter(c) || (c >= '0' && c <= '9');
+  });
+}
+
+std::string doubled(const std::string& text, char quote) {
+  std::string out(1, quote);
+  for (const char c : text) out.append(c == quote ? 2 : 1, c);
+  return out + quote;
+}
+
+std::string written_name(const std::string& name) {
+  return is_plain_name(name) ? name : doubled(name, '"');
+}
+
+std::string extents_text(const std::vector<std::uint64_t>& extents) {
+  std::string text = "[";
+  for (const std::uint64_t extent : extents) {
+    if (text.size() > 1) text += ", ";
+    text += std::to_string(extent);
+  }
+  return text + "]";
+}
+
+std::string order_text(const Type& type) {
+  if (type.file_size == 1 || type.order == machine_order()) return "";
+  return type.order == ByteOrder::little ? " LITTLE ENDIAN" : " BIG ENDIAN";
+}
+
+std::string charset_text(const Type& type) {
+  return type.charset == Charset::ascii ? " CHARSET ASCII" : "";
+}
+
+// The numbers of HDF5 that CREATE has its own words for; a half float is read as FLOAT but is not
+// one.
+std::string numeric_notation(const Type& type) {
+  if (type.kind == Kind::bit_field)
+    return "BITFIELD(" + std::to_string(type.file_size * 8) + ")" + order_text(type);
+  if (type.kind == Kind::time)
+    return "TIME(" + std::to_string(type.file_size * 8) + ")" + order_text(type);
+  const bool half = type.kind == Kind::real && type.file_size == 2;
+  return (half ? "HALF" : std::string(numeric_row(type).name)) + order_text(type);
+}
+
+std::string enumeration_notation(const Type& type) {
+  std::string text = "ENUMERATION (";
+  for (const EnumName& name : type.names) {
+    if (&name != type.names.data()) text += ", ";
+    text += written_name(name.name) + " = ";
+    text += type.is_signed ? std::to_string(static_cast<std::int64_t>(name.bits))
+                           : std::to_string(name.bits);
+  }
+  return text + ") OF " + notation(type.base[0]);
+}
+
+std::string compound_notation(const Type& type) {
+  std::string text = "COMPOUND (";
+  for (const Member& member : type.members) {
+    if (&member != type.members.data()) text += ", ";
+    text += written_name(member.name) + " ";
+    const bool array = member.type.kind == Kind::array;
+    text += notation(array ? member.type.base[0] : member.type);
+    if (array) text += " " + extents_text(member.type.extents);
+  }
+  return text + ")";
+}
+
+std::string sequence_notation(const Type& base) {
+  const bool plain = base.kind == Kind::integer || (base.kind == Kind::real && base.file_size >= 4);
+  if (!plain) return "SEQUENCE OF " + notation(base);
+  std::string name(numeric_row(base).name);
+  const std::string_view prefix = "UNSIGNED ";
+  name.insert(name.starts_with(prefix) ? prefix.size() : 0, "VAR");
+  return name + order_text(base);
+}
+
+}  // namespace
+
+ByteOrder machine_order() noexcept {
+  return std::endian::native == std::endian::little ? ByteOrder::little : ByteOrder::big;
+}
+
+bool Type::has_varying_parts() const {
+  if (kind == Kind::varying_text || kind == Kind::sequence) return true;
+  if (kind == Kind::array) return base[0].has_varying_parts();
+  return std::any_of(members.begin(), members.end(),
+                     [](const Member& member) { return member.type.has_varying_parts(); });
+}
+
+std::uint64_t Type::array_length() const {
+  std::uint64_t length = 1;
+  for (const std::uint64_t extent : extents) length *= extent;
+  return length;
+}
+
+std::int32_t row_code(const Type& type) {
+  if (type.is_numeric()) return numeric_row(type).code;
+  if (type.kind == Kind::text) return KELVO_CHAR;
+  if (type.kind == Kind::opaque) return KELVO_OPAQUE;
+  const bool list = type.kind == Kind::array || type.kind == Kind::sequence;
+  if (list && type.base[0].is_numeric()) return list_code(type.base[0]);
+  return KELVO_VARCHAR;
+}
+
+std::int32_t list_code(const Type& element) {
+  return element.is_numeric() ? numeric_row(element).list_code : 0;
+}
+
+std::string notation(const Type& type) {
+  switch (type.kind) {
+    case Kind::integer:
+    case Kind::real:
+    case Kind::bit_field:
+    case Kind::time:
+      return numeric_notation(type);
+    case Kind::text:
+      return "CHAR(" + std::to_string(type.size) + ")" + charset_text(type);
+    case Kind::varying_text:
+      return "VARCHAR" + charset_text(type);
+    case Kind::opaque:
+      return "OPAQUE(" + std::to_string(type.size) + ")" +
+             (type.tag.empty() ? "" : " TAG " + doubled(type.tag, '\''));
+    case Kind::enumeration:
+      return enumeration_notation(type);
+    case Kind::object_reference:
+      return "REFERENCE";
+    case Kind::region_reference:
+      return "REGION REFERENCE";
+    case Kind::compound:
+      return compound_notation(type);
+    case Kind::array:
+      return "ARRAY " + extents_text(type.extents) + " OF " + notation(type.base[0]);
+    case Kind::sequence:
+      return sequence_notation(type.base[0]);
+  }
+  return "";
+}
+
+std::string type_name(const Type& type) {
+  if (type.kind == Kind::enumeration) return "ENUMERATION";
+  if (type.kind == Kind::compound) return "COMPOUND";
+  if (type.is_numeric() && type.order != machine_order()) {
+    Type plain = type;
+    plain.order = machine_order();
+    return notation(plain);
+  }
+  return notation(type);
+}
+
+}  // namespace kelvo
