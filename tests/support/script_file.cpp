@@ -2,6 +2,7 @@
 #include "support/script_file.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
@@ -68,7 +69,7 @@ struct Reader {
 /// Whole numbers keep all of their 64 bits; everything else ("1.5", "nan", "-inf") is a double.
 Element element_of(const std::string& word) {
   if (word.find_first_not_of("-0123456789") != std::string::npos) {
-    return std::stod(word);
+    return std::strtod(word.c_str(), nullptr);  // which takes denormal numbers too, unlike stod
   }
   return word.front() == '-' ? Element(std::stoll(word)) : Element(std::stoull(word));
 }

@@ -1,0 +1,134 @@
+/* A library to preload that makes calls of the program fail, or tells of them, as environment
+ * variables ask: FAULT_FOPEN=NUMBER        fopen of the file that FAULT_PATH names fails with this
+ * errno FAULT_FREAD=1             fread reads one item less than it was asked for FAULT_FSEEK=1
+ * fseek fails FAULT_FTELL=1             ftell answers -1 FAULT_MALLOC=SIZE         malloc of
+ * exactly this many bytes fails FAULT_SIGACTION=1         sigaction fails and changes nothing
+ *   FAULT_CLOCK_STEP=NUMBER   ftime answers a clock that moves by so many milliseconds from call to
+ * call FAULT_STREAMS=PATH        each fopen, with its mode, and fclose is appended to this file
+ */
+#define _GNU_SOURCE
+#include <dlfcn.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <signal.h>
+#include <stdarg.h>
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/timeb.h>
+#include <time.h>
+#include <unistd.h>
+
+/* The next function of that name: the real one. C has no cast from an object's address to a
+ * function's, so it is copied. */
+#define FIND_REAL(function)                      \
+  static __typeof__(function)* real = NULL;      \
+  if (real == NULL) {                            \
+    void* address = dlsym(RTLD_NEXT, #function); \
+    memcpy(&real, &address, sizeof real);        \
+  }
+
+static int asked(const char* fault) { return getenv(fault) != NULL; }
+
+/* The names of the streams that the program opened, for what is told when they are closed. */
+enum { max_streams = 16 };
+static struct {
+  FILE* stream;
+  char name[256];
+} streams[max_streams];
+
+static void tell(const char* format, ...) {
+  const char* path = getenv("FAULT_STREAMS");
+  if (path == NULL) return;
+  char line[512];
+  va_list arguments;
+  va_start(arguments, format);
+  const int length = vsnprintf(line, sizeof line, format, arguments);
+  va_end(arguments);
+  const int file = open(path, O_WRONLY | O_CREAT | O_APPEND, 0666);
+  if (write(file, line, (size_t)length) != length) abort();
+  close(file);
+}
+
+static void remember(FILE* stream, const char* name) {
+  for (int i = 0; i < max_streams; ++i) {
+    if (streams[i].stream == NULL) {
+      streams[i].stream = stream;
+      snprintf(streams[i].name, sizeof streams[i].name, "%s", name);
+      return;
+    }
+  }
+}
+
+FILE* fopen(const char* path, const char* mode) {
+  FIND_REAL(fopen)
+  tell("fopen %s %s\n", path, mode);
+  if (asked("FAULT_FOPEN") && strcmp(path, getenv("FAULT_PATH")) == 0) {
+    errno = atoi(getenv("FAULT_FOPEN"));
+    return NULL;
+  }
+  FILE* stream = real(path, mode);
+  if (stream != NULL) remember(stream, path);
+  return stream;
+}
+
+int fclose(FILE* stream) {
+  FIND_REAL(fclose)
+  for (int i = 0; i < max_streams; ++i) {
+    if (streams[i].stream == stream) {
+      tell("fclose %s\n", streams[i].name);
+      streams[i].stream = NULL;
+    }
+  }
+  return real(stream);
+}
+
+size_t fread(void* buffer, size_t size, size_t count, FILE* stream) {
+  FIND_REAL(fread)
+  return real(buffer, size, asked("FAULT_FREAD") ? count - 1 : count, stream);
+}
+
+int fseek(FILE* stream, long offset, int origin) {
+  FIND_REAL(fseek)
+  return asked("FAULT_FSEEK") ? -1 : real(stream, offset, origin);
+}
+
+long ftell(FILE* stream) {
+  FIND_REAL(ftell)
+  return asked("FAULT_FTELL") ? -1 : real(stream);
+}
+
+void* malloc(size_t size) {
+  FIND_REAL(malloc)
+  const char* refused = getenv("FAULT_MALLOC");
+  if (refused != NULL && size == strtoul(refused, NULL, 10)) {
+    errno = ENOMEM;
+    return NULL;
+  }
+  return real(size);
+}
+
+int sigaction(int signal, const struct sigaction* action, struct sigaction* old_action) {
+  FIND_REAL(sigaction)
+  if (asked("FAULT_SIGACTION")) {
+    errno = EINVAL;
+    return -1;
+  }
+  return real(signal, action, old_action);
+}
+
+int ftime(struct timeb* now) {
+  static long long milliseconds = 1000000000;
+  const char* step = getenv("FAULT_CLOCK_STEP");
+  if (step == NULL) {
+    struct timespec time;
+    clock_gettime(CLOCK_REALTIME, &time);
+    milliseconds = time.tv_sec * 1000LL + time.tv_nsec / 1000000;
+  } else {
+    milliseconds += atoll(step);
+  }
+  memset(now, 0, sizeof *now);
+  now->time = (time_t)(milliseconds / 1000);
+  now->millitm = (unsigned short)(milliseconds % 1000);
+  return 0;
+}
