@@ -2,10 +2,14 @@
 // terminal adds is tested in tests/terminal.
 #include "cli/interactive.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -268,16 +272,16 @@ TEST_F(InteractiveLoop, KeepsEveryNonEmptyLineInTheHistory) {
             history());
 }
 
-TEST_F(InteractiveLoop, SavesStatementsButNoCommands) {
-  char path[] = "/tmp/kelvocli_saved_XXXXXX";
-  close(mkstemp(path));
-  run("a\nhelp x\nb \\\nc\nexit\n", std::fopen(path, "a"));
-  std::FILE* saved = std::fopen(path, "r");
-  char content[64] = "";
-  std::fread(content, 1, sizeof content - 1, saved);
-  std::fclose(saved);
-  std::remove(path);
-  EXPECT_STREQ("a\nb c\n", content);
+TEST_F(InteractiveLoop, SavesStatementsButNoCommandsAndClosesTheFile) {
+  std::string path = testing::TempDir() + "/kelvocli_saved_XXXXXX";
+  close(mkstemp(path.data()));
+  std::FILE* save_file = std::fopen(path.c_str(), "a");
+  const int descriptor = fileno(save_file);
+  run("a\nhelp x\nb \\\nc\nexit\n", save_file);
+  EXPECT_EQ(-1, fcntl(descriptor, F_GETFD)) << "not closed";
+  std::ifstream saved(path);
+  EXPECT_EQ("a\nb c\n", std::string(std::istreambuf_iterator<char>(saved), {}));
+  std::remove(path.c_str());
 }
 
 TEST_F(InteractiveLoop, AsksForTheGroupBeforeEachNewStatement) {

@@ -2,7 +2,7 @@
 #include "cli/script.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -45,6 +45,13 @@ class Script : public testing::Test {
     int status = -1;
     output = capture_stdout([&] { status = run_script(&settings, save_file); });
     return status;
+  }
+
+  // Tells whether files were left open.
+  static int lowest_free_descriptor() {
+    const int descriptor = dup(STDIN_FILENO);
+    close(descriptor);
+    return descriptor;
   }
 
   static const Calls& executed() { return scripted::engine().executed(); }
@@ -175,7 +182,20 @@ TEST_F(Script, FileThatCannotBeSoughtIn) {
   close(ends[1]);
 }
 
-TEST_F(Script, BothRunsAppendToTheSaveFileWhichIsClosed) {
+TEST_F(Script, ClosesBothFilesHoweverItEnds) {
+  scripted::engine().fails("bad", 5, 0, "No");
+  const int free_descriptor = lowest_free_descriptor();
+  for (const char* statement : {"good", "bad"}) {
+    file(statement);
+    run(std::fopen(path("saved.txt").c_str(), "a"));
+    EXPECT_EQ(free_descriptor, lowest_free_descriptor()) << statement;
+  }
+  name_file(path("missing.txt"));
+  run(std::fopen(path("saved.txt").c_str(), "a"));
+  EXPECT_EQ(free_descriptor, lowest_free_descriptor());
+}
+
+TEST_F(Script, BothRunsAppendToTheSaveFile) {
   bounded_copy(settings.save_file_path, path("saved.txt").c_str());
   std::ofstream(path("saved.txt")) << "earlier\n";
   text("a");
@@ -190,5 +210,5 @@ TEST_F(Script, StatusIsShownUnlessSwitchedOff) {
   scripted::engine().answers("a").count(0);
   text("a");
   EXPECT_EQ(EXIT_SUCCESS, run());
-  EXPECT_EQ("\x1b[1m(0 elements returned in 0.0 seconds)\x1b[0m\n", output);
+  EXPECT_EQ(0U, output.find("\x1b[1m(0 elements returned in ")) << output;
 }
