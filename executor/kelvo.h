@@ -1,19 +1,23 @@
-/* The calling interface between the program and a query engine: 33 operations and the data-type codes.
+/* The calling interface between the program and a query engine: 33 operations and the data-type
+ * codes.
  *
- * Who wants to put another engine behind the program builds a shared library that exports these 33 functions, undecorated,
- * with the soname libKelvo.so. The program needs no other symbol of it.
+ * Who wants to put another engine behind the program builds a shared library that exports these 33
+ * functions, undecorated, with the soname libKelvo.so. The program needs no other symbol of it.
  *
  * Rules that hold for all of them:
- *  1. Threads: all calls come from the program's one thread. No operation is called from a signal handler.
- *  2. Cursor: every `cursor` argument is NULL, which names the engine's default cursor. kelvo_execute fills it; it stands
- *     before its first row until kelvo_cursor_next is called.
- *  3. Ownership: every pointer that an operation returns is the engine's. The program never writes through it and never
- *     frees it.
- *  4. Lifetime: a returned pointer is read at once and not used after the next call of any operation; an engine need keep it
- *     valid no longer.
+ *  1. Threads: all calls come from the program's one thread. No operation is called from a signal
+ * handler.
+ *  2. Cursor: every `cursor` argument is NULL, which names the engine's default cursor.
+ * kelvo_execute fills it; it stands before its first row until kelvo_cursor_next is called.
+ *  3. Ownership: every pointer that an operation returns is the engine's. The program never writes
+ * through it and never frees it.
+ *  4. Lifetime: a returned pointer is read at once and not used after the next call of any
+ * operation; an engine need keep it valid no longer.
  *  5. NULL: only kelvo_cursor_get_char and _kelvo_show_use_group may return NULL.
- *  6. Errors: only the status of kelvo_execute reports a failure. `next` operations end a walk with any non-zero result.
- *  7. Types: a getter is called only while the current row (or element) is of its type, so it may take that for granted.
+ *  6. Errors: only the status of kelvo_execute reports a failure. `next` operations end a walk with
+ * any non-zero result.
+ *  7. Types: a getter is called only while the current row (or element) is of its type, so it may
+ * take that for granted.
  *  8. Widths: as declared, on 32-bit and 64-bit machines alike; float and double are IEEE 754.
  */
 #ifndef KELVO_H
@@ -25,10 +29,12 @@
 extern "C" {
 #endif
 
-/* Status of a statement. 0: done. -1: failed, with a position to ask for. Any other value: failed, without one. */
+/* Status of a statement. 0: done. -1: failed, with a position to ask for. Any other value: failed,
+ * without one. */
 enum { KELVO_SUCCESS = 0, KELVO_ERROR_WITH_POSITION = -1 };
 
-/* Data-type code of a row: a power of two each, compared for equality, never used as a mask. 8388608 names no type. */
+/* Data-type code of a row: a power of two each, compared for equality, never used as a mask.
+ * 8388608 names no type. */
 enum {
   KELVO_TINYINT = 1,
   KELVO_UNSIGNED_TINYINT = 2,
@@ -63,19 +69,22 @@ typedef struct kelvo_cursor kelvo_cursor;
 
 /* --- Statements and their errors --- */
 
-/* Runs one statement. The text is left as it is. On success the default cursor holds the result, which may be empty; a
- * failure leaves a message (and, for -1, a position) to be asked for. */
+/* Runs one statement. The text is left as it is. On success the default cursor holds the result,
+ * which may be empty; a failure leaves a message (and, for -1, a position) to be asked for. */
 int32_t kelvo_execute(const char* statement);
 
-/* Message of the last failure: one line without a line end. Asked for only after a non-zero status. */
+/* Message of the last failure: one line without a line end. Asked for only after a non-zero status.
+ */
 const char* kelvo_error_get_message(void);
 
-/* Position of the last failure within the statement passed. Asked for only after status -1, before the message. */
+/* Position of the last failure within the statement passed. Asked for only after status -1, before
+ * the message. */
 int32_t kelvo_error_get_position(void);
 
 /* --- The rows of the result --- */
 
-/* Goes to the next row. 0: it is current. Any other value: there is none, also at once for an empty result. */
+/* Goes to the next row. 0: it is current. Any other value: there is none, also at once for an empty
+ * result. */
 int32_t kelvo_cursor_next(kelvo_cursor* cursor);
 
 /* Data-type code of the current row; rows of one result may differ. */
@@ -96,12 +105,14 @@ const double* kelvo_cursor_get_double(kelvo_cursor* cursor);
 /* The value of a VARCHAR row, whole and NUL-terminated, or NULL for a null string. */
 const char* kelvo_cursor_get_char(kelvo_cursor* cursor);
 
-/* Empties the default cursor. Called at the end of every run of statements, also after a failed one. */
+/* Empties the default cursor. Called at the end of every run of statements, also after a failed
+ * one. */
 void kelvo_cursor_clear(kelvo_cursor* cursor);
 
 /* --- The elements of a row: CHAR, VARTINYINT to VARDOUBLE, OPAQUE --- */
 
-/* Number of elements of the current row. Asked for before its first element; never for a CHAR row. */
+/* Number of elements of the current row. Asked for before its first element; never for a CHAR row.
+ */
 int32_t kelvo_subcursor_get_count(kelvo_cursor* cursor);
 
 /* Goes to the next element of the current row. 0: it is current. Any other value: none is left. */
@@ -124,10 +135,12 @@ const double* kelvo_subcursor_get_double(kelvo_cursor* cursor);
 /* Path of the group in use, or NULL when none is. */
 const char* _kelvo_show_use_group(void);
 
-/* Number of elements that the last statement returned; final only when its rows have been walked. */
+/* Number of elements that the last statement returned; final only when its rows have been walked.
+ */
 int32_t _kelvo_get_last_data_count(void);
 
-/* Short texts naming the architecture that the engine was built for, and the compiler that built it. */
+/* Short texts naming the architecture that the engine was built for, and the compiler that built
+ * it. */
 const char* _kelvo_get_architecture(void);
 const char* _kelvo_get_compiler(void);
 

@@ -1,12 +1,15 @@
-// Values are printed as they are walked: one print for a value or an element, nothing collected,
-// nothing read ahead. So a large result streams, and Ctrl-C stops it between two values.
+// Values are shown as they are walked: nothing is read ahead and no row is kept, so a large result
+// streams, and Ctrl-C stops it between two values.
 #include "executor/render.h"
 
-#include <cinttypes>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
+#include <type_traits>
 
 #include "executor/interrupt.h"
 #include "executor/kelvo.h"
+#include "executor/row_output.h"
 #include "help/markup.h"
 
 namespace {
@@ -17,25 +20,22 @@ using Getter = const Value* (*)(kelvo_cursor*);
 
 bool interrupted() { return interrupt_status == 1; }
 
-// The integers of 8 and 16 bits are promoted to int, which shows them as numbers; float is widened
-// to double.
-void print_value(std::int32_t value, const char* after) {
-  std::printf("%" PRId32 "%s", value, after);
+// What a value is shown as: integers of 8 and 16 bits as numbers too, floats widened to double.
+template <typename Value>
+using Shown = std::conditional_t<
+    std::is_floating_point_v<Value>, double,
+    std::conditional_t<sizeof(Value) == 8, Value,
+                       std::conditional_t<std::is_signed_v<Value>, std::int32_t, std::uint32_t>>>;
+
+template <typename Value>
+void show_value(Getter<Value> get) {
+  add_number(static_cast<Shown<Value>>(*get(nullptr)));
 }
-void print_value(std::uint32_t value, const char* after) {
-  std::printf("%" PRIu32 "%s", value, after);
-}
-void print_value(std::int64_t value, const char* after) {
-  std::printf("%" PRId64 "%s", value, after);
-}
-void print_value(std::uint64_t value, const char* after) {
-  std::printf("%" PRIu64 "%s", value, after);
-}
-void print_value(double value, const char* after) { std::printf("%f%s", value, after); }
 
 template <typename Value>
 void show_scalar(Getter<Value> get) {
-  print_value(*get(nullptr), "\n");
+  show_value(get);
+  add_byte('\n');
 }
 
 // Which element is the last is told by counting down alone, so a count that does not agree with the
@@ -47,29 +47,31 @@ void show_list(Getter<Value> get) {
   while (kelvo_subcursor_next(nullptr) == 0) {
     if (remaining == 1) {
       // The flag is not looked at here: the row loop does so after the line's end.
-      print_value(*get(nullptr), "");
+      show_value(get);
       continue;
     }
-    print_value(*get(nullptr), " ");
+    show_value(get);
+    add_byte(' ');
     if (interrupted()) break;
     --remaining;
   }
-  std::putchar('\n');
+  add_byte('\n');
 }
 
 // The count of elements is not asked: the characters need no separator, so none has to be known as
 // the last.
 void show_char() {
   while (kelvo_subcursor_next(nullptr) == 0) {
-    std::putchar(*kelvo_subcursor_get_unsigned_tinyint(nullptr));
+    add_byte(static_cast<char>(*kelvo_subcursor_get_unsigned_tinyint(nullptr)));
     if (interrupted()) break;
   }
-  std::putchar('\n');
+  add_byte('\n');
 }
 
 void show_varchar() {
   const char* text = kelvo_cursor_get_char(nullptr);
-  std::puts(text != nullptr ? text : "");
+  if (text != nullptr) add_text(text, std::strlen(text));
+  add_byte('\n');
 }
 
 // Shows the current row. False when its type is not one that is shown, and nothing was printed.
@@ -105,18 +107,23 @@ bool show_row(std::int32_t data_type) {
   // clang-format on
 }
 
+RenderOutcome show_rows() {
+  while (kelvo_cursor_next(nullptr) == 0) {
+    if (!show_row(kelvo_cursor_get_data_type(nullptr))) return render_unexpected_type;
+    if (interrupted()) return render_interrupted;
+  }
+  return render_finished;
+}
+
 }  // namespace
 
 RenderOutcome render_result() {
-  while (kelvo_cursor_next(nullptr) == 0) {
-    if (!show_row(kelvo_cursor_get_data_type(nullptr))) {
-      std::puts("Error when showing result of the operation as the data type is unexpected.");
-      return render_unexpected_type;
-    }
-    if (interrupted()) {
-      print_text("<b>(Interrupted by the user)</b>\n");
-      return render_interrupted;
-    }
+  start_rows();
+  const RenderOutcome outcome = show_rows();
+  flush_rows();
+  if (outcome == render_unexpected_type) {
+    std::puts("Error when showing result of the operation as the data type is unexpected.");
   }
-  return render_finished;
+  if (outcome == render_interrupted) print_text("<b>(Interrupted by the user)</b>\n");
+  return outcome;
 }
