@@ -12,10 +12,6 @@ target_compile_options(
             $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>
             # GCC 12 takes its own std::string for overlapping copies when it optimises "text" + string (its bug 105651).
             $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
-# GCC 12, when optimising, sees overlapping copies in plain assignments to std::string; later versions do not.
-target_compile_options(
-  kelvo_flags
-  INTERFACE $<$<AND:$<COMPILE_LANG_AND_ID:CXX,GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
 
 if(KELVO_SANITIZE)
   # -fno-sanitize-recover: an undefined operation ends the run, so that no test passes over one.
