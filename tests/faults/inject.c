@@ -37,10 +37,10 @@ static struct {
   char name[256];
 } streams[max_streams];
 
-static void tell(const char* format, ...) {
-  const char* path = getenv("FAULT_STREAMS");
+static void tell(const char* fault, const char* format, ...) {
+  const char* path = getenv(fault);
   if (path == NULL) return;
-  char line[512];
+  char line[2048];
   va_list arguments;
   va_start(arguments, format);
   const int length = vsnprintf(line, sizeof line, format, arguments);
@@ -62,7 +62,7 @@ static void remember(FILE* stream, const char* name) {
 
 FILE* fopen(const char* path, const char* mode) {
   FIND_REAL(fopen)
-  tell("fopen %s %s\n", path, mode);
+  tell("FAULT_STREAMS", "fopen %s %s\n", path, mode);
   if (asked("FAULT_FOPEN") && strcmp(path, getenv("FAULT_PATH")) == 0) {
     errno = atoi(getenv("FAULT_FOPEN"));
     return NULL;
@@ -76,11 +76,20 @@ int fclose(FILE* stream) {
   FIND_REAL(fclose)
   for (int i = 0; i < max_streams; ++i) {
     if (streams[i].stream == stream) {
-      tell("fclose %s\n", streams[i].name);
+      tell("FAULT_STREAMS", "fclose %s\n", streams[i].name);
       streams[i].stream = NULL;
     }
   }
   return real(stream);
+}
+
+/* Readline's. */
+void add_history(const char* line);
+
+void add_history(const char* line) {
+  FIND_REAL(add_history)
+  tell("FAULT_HISTORY", "%s\n", line);
+  real(line);
 }
 
 size_t fread(void* buffer, size_t size, size_t count, FILE* stream) {

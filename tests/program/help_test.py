@@ -1,14 +1,10 @@
 """HELP at the prompt: all 99 keys byte for byte, and what is not a topic."""
 
 import re
-from pathlib import Path
-import sys
 
 import pytest
+from help_texts import DATA_TYPES, MENUS, TREE_COLUMNS, TREE_DESCRIPTIONS
 from program import BANNER, GREETING, Program
-
-sys.path.insert(0, str(Path(__file__).parent))
-from help_texts import DATA_TYPES, MENUS, TREE_COLUMNS, TREE_DESCRIPTIONS  # noqa: E402
 
 SUBTOPICS = {word: rows for word, (_, _, rows) in MENUS.items() if word}
 MENU_KEYS = {"HELP", *("HELP " + word for word in SUBTOPICS)}

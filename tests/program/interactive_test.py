@@ -210,6 +210,15 @@ def test_buffer_is_empty_after_each_statement(program):
     assert run.statements == ["ab", "c", "d"]
 
 
+# --- History ---
+
+def test_every_line_but_an_empty_one_goes_into_the_history_as_typed(program):
+    lines = ["a", "a", "", "  ", "# x", "b\\", "", "c\\\\\\", "d\\\\", "help", "help x\\", "y", "  Exit\\", " "]
+    run = program.run("--no-path", lines=lines, faults={"history": program.path("history")})
+    assert run.status == 0
+    assert program.read("history").split("\n")[:-1] == [line for line in lines if line]
+
+
 # --- Several statements in one text: a line break typed with control-V ---
 
 def test_typed_line_break_divides_the_text(program):
