@@ -17,6 +17,7 @@ namespace kelvo {
 struct Settings {
   bool debug = false;
   FileOptions file_options;
+  std::string external_link_prefix;  // a directory that files may reach too; "" for none
   ChunkCache chunk_cache;
 };
 
