@@ -352,8 +352,9 @@ TEST_F(ExecuteTest, SigintHasTheHandlerWithEmptyMaskAndNoFlags) {
   engine().answers("a").on("kelvo_execute", 1, [&] { sigaction(SIGINT, nullptr, &during); });
   run("a");
   EXPECT_EQ(&interrupt_handler, during.sa_handler);
-  EXPECT_EQ(0, during.sa_flags & (SA_RESTART | SA_NODEFER | SA_RESETHAND | SA_SIGINFO | SA_ONSTACK |
-                                  SA_NOCLDSTOP | SA_NOCLDWAIT));
+  constexpr int flags = static_cast<int>(SA_RESTART | SA_NODEFER | SA_RESETHAND | SA_SIGINFO |
+                                         SA_ONSTACK | SA_NOCLDSTOP | SA_NOCLDWAIT);
+  EXPECT_EQ(0, during.sa_flags & flags);
   for (int signal = 1; signal <= 64; ++signal) {
     EXPECT_NE(1, sigismember(&during.sa_mask, signal)) << signal;
   }

@@ -47,7 +47,8 @@ TEST_F(Interrupt, IsTakenWithAnEmptyMaskAndNoFlags) {
   take_interrupt(&saved);
   const struct sigaction taken = in_force();
   EXPECT_EQ(&interrupt_handler, taken.sa_handler);
-  EXPECT_EQ(0, taken.sa_flags & (SA_RESTART | SA_NODEFER | SA_RESETHAND | SA_SIGINFO));
+  constexpr int flags = static_cast<int>(SA_RESTART | SA_NODEFER | SA_RESETHAND | SA_SIGINFO);
+  EXPECT_EQ(0, taken.sa_flags & flags);
   for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGUSR1}) {
     EXPECT_EQ(0, sigismember(&taken.sa_mask, number)) << number;
   }
