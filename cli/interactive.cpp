@@ -52,10 +52,11 @@ const char* choose_prompt(const char* statement, int no_path, char (&buffer)[tex
 }
 
 // Of the backslashes at a line's end each pair stands for one; a single one left over continues the
-// statement:
-//   "show\" is "show", to be continued; "show\\" is "show\", complete; "show\\\" is "show\", to be
-//   continued.
-// Nothing is put between the pieces: a blank that is wanted there has to be typed.
+// statement. Nothing is put between the pieces: a blank that is wanted there has to be typed.
+//   line      appended   complete
+//   show\     show       no
+//   show\\    show\      yes
+//   show\\\   show\      no
 bool join_line(const char* line, char (&statement)[text_size]) {
   const std::size_t length = std::strlen(line);
   if (length == 0) return statement[0] != '\0';
