@@ -14,5 +14,5 @@ void bounded_copy(char (&destination)[text_size], const char* source);
 /// Appends the first length bytes of source to the text that destination holds.
 void bounded_append(char (&destination)[text_size], const char* source, std::size_t length);
 
-/// Formats "path>".
+/// Writes "path>".
 void bounded_prompt(char (&destination)[text_size], const char* path);

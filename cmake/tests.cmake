@@ -14,9 +14,7 @@ function(add_kelvo_test name)
   add_executable(${name} ${ARGN})
   target_link_libraries(${name} PRIVATE kelvo_flags kelvocli_core scripted_engine_objects
                                         GTest::gtest_main)
-  # abort_on_error: the sanitizer checks some of libc's bounds before libc does, and then has to abort as libc would.
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60
-                       PROPERTIES TIMEOUT 60 ENVIRONMENT ASAN_OPTIONS=abort_on_error=1)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 60)
 endfunction()
 
 # What the Python tests are told of the build, as environment variables.
