@@ -1,0 +1,62 @@
+// Conditions made ready to run: the names found, the types checked, each comparison bound to the
+// loop that suits its operands.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "language/expression.h"
+#include "query/operands.h"
+
+namespace kelvo {
+
+/// What the names of an expression mean.
+struct Scope {
+  /// Finds a name's value. Without one, every comparison that asks for it is false, negated ones
+  /// too. Throws StatementError where the name means nothing at all.
+  std::function<std::optional<Field>(const Expression& name)> find;
+  ReferenceNamer namer;
+  /// A comparison of text with a number is false instead of an error.
+  bool lenient = false;
+};
+
+/// Something that is true or false for each element of a batch.
+class Condition {
+ public:
+  Condition() = default;
+  Condition(const Condition&) = delete;
+  Condition& operator=(const Condition&) = delete;
+  virtual ~Condition() = default;
+
+  /// Sets out[i] for each element, to 0 where active[i] is 0. Throws StatementError where an active
+  /// element's value cannot be calculated.
+  virtual void evaluate(const Batch& batch, const Mask* active, Mask* out) = 0;
+};
+
+using ConditionPointer = std::unique_ptr<Condition>;
+
+/// Throws StatementError: wrong_kind where types do not go together, out_of_range for a name that
+/// an enumeration does not have. `expression` and `scope` must outlive the result.
+ConditionPointer compile_condition(const Expression& expression, const Scope& scope);
+
+/// A value of the expression for each element: `expression` must be a name or arithmetic.
+OperandPointer compile_value(const Expression& expression, const Scope& scope);
+
+/// An active mask with a 1 for each element of a batch.
+const Mask* all_active();
+
+/// A value that stands by itself in memory, laid out as its type says; both must outlive its use.
+struct NamedValue {
+  const Type* type = nullptr;
+  const std::byte* element = nullptr;
+};
+
+/// Whether a condition over single named values is true: the attributes of an object. `find` gives
+/// none for one that is absent; comparisons with it are false, as are those of text with a number.
+/// It is asked for a name each time that the name is looked at.
+bool is_fulfilled(const Expression& condition,
+                  const std::function<std::optional<NamedValue>(const std::string& name)>& find);
+
+}  // namespace kelvo
