@@ -1,4 +1,4 @@
-# How a test is added: one line in the CMakeLists.txt of its folder.
+# How a test is added: one line in tests/CMakeLists.txt.
 #   add_kelvo_test(name sources...)        GoogleTest cases, over the program's core and the scripted engine
 #   add_kelvo_pytests(label files...)      Python files, a test each, over the built program
 set(KELVO_GOOGLETEST_DIR "/usr/src/googletest" CACHE PATH "Sources of GoogleTest")
@@ -20,10 +20,8 @@ endfunction()
 # What the Python tests are told of the build, as environment variables.
 set(kelvo_pytest_environment
     KELVO_PROGRAM=$<TARGET_FILE:kelvocli>
-    KELVO_PROGRAM_ENGINE_DIR=$<TARGET_FILE_DIR:kelvo_engine>
     KELVO_SCRIPTED_ENGINE=$<TARGET_FILE:scripted_engine>
-    KELVO_FAULTS=$<TARGET_FILE:faults>
-    KELVO_SANITIZED=$<BOOL:${KELVO_SANITIZE}>)
+    KELVO_FAULTS=$<TARGET_FILE:faults>)
 
 function(add_kelvo_pytests label)
   foreach(file ${ARGN})
