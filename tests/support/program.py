@@ -16,7 +16,6 @@ from engine_script import EngineScript
 PROGRAM = Path(os.environ["KELVO_PROGRAM"])
 SCRIPTED_ENGINE = Path(os.environ["KELVO_SCRIPTED_ENGINE"])
 FAULTS = Path(os.environ["KELVO_FAULTS"])
-SANITIZED = os.environ.get("KELVO_SANITIZED") == "1"
 TIMEOUT_SECONDS = 30
 
 BANNER = ("KelvoCLI (Command-Line Interface) version 2.3.0 (using scripted test library)\n"
