@@ -18,9 +18,14 @@ function(add_kelvo_test name)
 endfunction()
 
 # What the Python tests are told of the build, as environment variables.
+set(kelvo_built_engines $<TARGET_FILE:scripted_engine>)
+if(TARGET kelvo)
+  string(APPEND kelvo_built_engines ":$<TARGET_FILE:kelvo>")
+endif()
 set(kelvo_pytest_environment
     KELVO_PROGRAM=$<TARGET_FILE:kelvocli>
     KELVO_SCRIPTED_ENGINE=$<TARGET_FILE:scripted_engine>
+    KELVO_BUILT_ENGINES=${kelvo_built_engines}
     KELVO_FAULTS=$<TARGET_FILE:faults>)
 
 function(add_kelvo_pytests label)

@@ -1,11 +1,14 @@
 """How the program is bound to its engine, read from the files themselves."""
 
+import os
 import re
 import subprocess
 from pathlib import Path
 
-from program import PROGRAM, SCRIPTED_ENGINE
+import pytest
+from program import PROGRAM
 
+ENGINES = os.environ["KELVO_BUILT_ENGINES"].split(":")
 HEADER = Path(__file__).parents[2] / "executor" / "kelvo.h"
 
 KINDS = ("tinyint unsigned_tinyint smallint unsigned_smallint int unsigned_int bigint unsigned_bigint "
@@ -48,9 +51,16 @@ def test_program_has_no_rpath_that_would_win_over_the_environment():
     assert dynamic_section(PROGRAM, "RPATH") == []
 
 
-def test_scripted_engine_takes_the_librarys_name_and_exports_the_operations_alone():
-    assert dynamic_section(SCRIPTED_ENGINE, "SONAME") == ["libKelvo.so"]
-    assert symbols(SCRIPTED_ENGINE, "--defined-only") == OPERATIONS
+def test_program_never_looks_for_the_library_in_the_current_folder():
+    """Which an empty entry of the path would make it do."""
+    entries = [entry for path in dynamic_section(PROGRAM, "RUNPATH") for entry in path.split(":")]
+    assert [entry for entry in entries if not entry.startswith(("/", "$ORIGIN"))] == []
+
+
+@pytest.mark.parametrize("engine", ENGINES)
+def test_engine_bears_the_librarys_name_and_exports_the_operations_alone(engine):
+    assert dynamic_section(engine, "SONAME") == ["libKelvo.so"]
+    assert symbols(engine, "--defined-only") == OPERATIONS
 
 
 def test_header_declares_the_operations():

@@ -210,6 +210,17 @@ def test_buffer_is_empty_after_each_statement(program):
     assert run.statements == ["ab", "c", "d"]
 
 
+# --- Locale ---
+
+def test_commands_are_recognised_and_bytes_pass_in_any_locale(program):
+    program.locale = "C.UTF-8"
+    statement = "caf\xc3\xa9 \xe2\x82\xac"  # UTF-8
+    run = program.run("--no-path", lines=[statement, "Help Nothing", "eXit"])
+    assert run.status == 0
+    assert run.statements == [statement]
+    assert not_found("Nothing") in run.stdout
+
+
 # --- History ---
 
 def test_every_line_but_an_empty_one_goes_into_the_history_as_typed(program):

@@ -57,6 +57,7 @@ class Program:
         self.engine_library = engine_library
         self.engine = EngineScript()
         self.popen_options = {}
+        self.locale = "C"
 
     @property
     def word_bits(self):
@@ -85,7 +86,7 @@ class Program:
             "HOME": str(self.folder),
             "TERM": "dumb",
             "INPUTRC": "/dev/null",
-            "LC_ALL": "C",
+            "LC_ALL": self.locale,
             "LD_LIBRARY_PATH": str(self.engine_library.parent),
             "KELVO_SCRIPT": str(self.path("engine.script")),
             "KELVO_CALLS": str(self.path("engine.calls")),
