@@ -62,6 +62,15 @@ bool Parser::accept_keyword(std::string_view keywords, Mode mode) {
   return true;
 }
 
+bool Parser::accept_call(std::string_view name) {
+  const std::size_t start = offset_;
+  if (!accept_keyword(name, Mode::expression)) return false;
+  if (accept_symbol("(", Mode::expression)) return true;
+  offset_ = start;
+  lookahead_.reset();
+  return false;
+}
+
 std::size_t Parser::matching_words(std::string_view keywords) {
   const std::size_t start = offset_;
   std::size_t count = 0;

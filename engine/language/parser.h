@@ -34,6 +34,8 @@ class Parser {
   /// blank: all or none.
   bool accept_keyword(std::string_view keywords, Mode mode = Mode::words);
   bool accept_symbol(std::string_view symbol, Mode mode = Mode::words);
+  /// Consumes the name of a function (in capitals) and "(" if both are next in an expression.
+  bool accept_call(std::string_view name);
 
   /// How many of the leading words of `keywords` are next, one after the other. Consumes nothing.
   std::size_t matching_words(std::string_view keywords);

@@ -287,6 +287,10 @@ class Compiler {
         side.field = scope_.find(expression);
         if (side.field->type != nullptr && !is_comparable(*side.field->type))
           refuse(side, "cannot be compared");
+        if (side.field->type == nullptr && !scope_.position_is_number)
+          throw StatementError(Status::wrong_kind,
+                               "INDEX can be compared in one dimension only (a slice chooses by "
+                               "positions in several)");
         side.operand = field_operand(*side.field, scope_.namer);
         break;
       case Operation::negate:

@@ -20,6 +20,8 @@ struct Scope {
   ReferenceNamer namer;
   /// A comparison of text with a number is false instead of an error.
   bool lenient = false;
+  /// INDEX is one number; in several dimensions it is text, which can only be shown.
+  bool position_is_number = true;
 };
 
 /// Something that is true or false for each element of a batch.

@@ -10,14 +10,6 @@
 namespace kelvo {
 namespace {
 
-// Of rank 2 and more, numbers are shown a line of the last dimension at a time, so that a matrix
-// looks like a matrix.
-std::size_t line_length_of(const Type& type, const Selection& selection) {
-  return type.is_numeric() && selection.shape.size() >= 2
-             ? static_cast<std::size_t>(selection.shape.back())
-             : 0;
-}
-
 bool is_list(const Type& type) {
   return (type.kind == Kind::array || type.kind == Kind::sequence) && type.base[0].is_numeric();
 }
@@ -64,40 +56,46 @@ void start_block(const Type& type, Block& block) {
 
 }  // namespace
 
-ElementRows::ElementRows(FileHandle file, ElementPlace place, Selection selection,
-                         ReferenceNamer namer)
-    : file_(std::move(file)),
-      place_(std::move(place)),
-      namer_(std::move(namer)),
-      line_length_(line_length_of(place_.type, selection)),
-      reader_(place_, std::move(selection)) {}
+// Of rank 2 and more, numbers are shown a line of the last dimension at a time, so that a matrix
+// looks like a matrix.
+std::size_t line_length(const Selected& selected) {
+  const bool lines = selected.source->type().is_numeric() && selected.shape.size() >= 2;
+  return lines ? static_cast<std::size_t>(selected.shape.back()) : 0;
+}
+
+ElementRows::ElementRows(Selected selected)
+    : selected_(std::move(selected)), line_length_(line_length(selected_)) {}
 
 bool ElementRows::next(Block& block) {
-  if (!reader_.next(elements_)) return false;
-  if (place_.type.is_numeric()) {
-    fill_numbers(block);
+  Elements elements;
+  if (!selected_.source->next(elements)) return false;
+  const Type& type = selected_.source->type();
+  if (type.is_numeric()) {
+    fill_numbers(elements, block);
   } else {
-    start_block(place_.type, block);
-    for (std::size_t i = 0; i < elements_.count(); ++i) {
-      fill_row(block, elements_.data() + i * place_.type.size);
-    }
+    start_block(type, block);
+    for (std::size_t i = 0; i < elements.count; ++i) fill_row(block, elements.data + i * type.size);
   }
-  block.elements = elements_.count();
+  block.elements = elements.count;
   return true;
 }
 
-void ElementRows::fill_numbers(Block& block) {
-  const Type& type = place_.type;
+void ElementRows::fill_numbers(const Elements& elements, Block& block) const {
+  const Type& type = selected_.source->type();
   const bool lines = line_length_ > 0;
   block.restart(lines ? list_code(type) : row_code(type), lines ? RowShape::line : RowShape::scalar,
                 type.size);
   if (lines) block.line_length = line_length_;
-  elements_.swap_bytes(block.values);
-  times_to_machine_order(type, block.values.data(), elements_.count());
+  if (elements.movable != nullptr) {
+    elements.movable->swap(block.values);
+  } else {
+    block.values.assign(elements.data, elements.data + elements.count * type.size);
+  }
+  times_to_machine_order(type, block.values.data(), elements.count);
 }
 
-void ElementRows::fill_row(Block& block, const std::byte* element) const {
-  const Type& type = place_.type;
+void ElementRows::fill_row(Block& block, const std::byte* element) {
+  const Type& type = selected_.source->type();
   if (type.kind == Kind::text) {
     const std::string_view text = without_padding(type, element);
     block.append_list(reinterpret_cast<const std::byte*>(text.data()), text.size());
@@ -109,9 +107,21 @@ void ElementRows::fill_row(Block& block, const std::byte* element) const {
     const std::string_view text = varying_text(element);
     text.data() == nullptr ? block.append_null_text() : block.append_text(text);
   } else {
-    std::string text;
-    append_plain(type, element, namer_, &text);
-    block.append_text(text);
+    text_.clear();
+    if (selected_.several_items) {
+      append_columns(element);
+    } else {
+      append_plain(type, element, selected_.namer, &text_);
+    }
+    block.append_text(text_);
+  }
+}
+
+// Several items are one row of text, with a tab between them.
+void ElementRows::append_columns(const std::byte* element) {
+  for (const Member& member : selected_.source->type().members) {
+    if (member.offset > 0) text_ += '\t';
+    append_plain(member.type, element + member.offset, selected_.namer, &text_);
   }
 }
 

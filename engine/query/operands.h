@@ -20,6 +20,7 @@ struct Batch {
   std::size_t count = 0;
   std::int64_t position = 0;  // of the first in its dataset of one dimension; for INDEX
   std::int64_t step = 1;      // from one's position to the next one's
+  std::uint64_t ordinal = 0;  // of the first among all that are read, from 0
 };
 
 /// Where a named value is.

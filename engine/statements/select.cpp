@@ -1,6 +1,10 @@
 // SELECT: the elements of datasets and attributes.
-#include "language/slice.h"
+#include "statements/select.h"
+
+#include <utility>
+
 #include "query/element_rows.h"
+#include "query/select_plan.h"
 #include "session.h"
 #include "statements/family.h"
 #include "statements/places.h"
@@ -8,18 +12,17 @@
 
 namespace kelvo {
 
-Answer run_select(Parser& parser, Session& session) {
-  parser.expect_symbol("*", Mode::expression);
-  parser.expect_keyword("FROM");
-  ObjectName name = parser.expect_object("a dataset or attribute");
-  const Slice slice = parse_optional_slice(parser);
-  if (parser.accept_keyword("IN")) name.file = parser.expect_path("a file");
-  parser.expect_end();
-  Target target = session.find(name, Access::read);
+Selected open_query(Query query, Session& session) {
+  Target target = session.find(query.object, Access::read);
   ElementPlace place = open_place(target, session);
-  Selection selection = resolve_slice(slice, place.space, place.name);
-  return std::make_unique<ElementRows>(std::move(target.opened), std::move(place),
-                                       std::move(selection), reference_namer(target.file));
+  ReferenceNamer namer = reference_namer(target.file);
+  return plan_query(std::move(query), std::move(target.opened), std::move(place), std::move(namer));
+}
+
+Answer run_select(Parser& parser, Session& session) {
+  Query query = parse_query(parser);
+  parser.expect_end(Mode::expression);
+  return std::make_unique<ElementRows>(open_query(std::move(query), session));
 }
 
 }  // namespace kelvo

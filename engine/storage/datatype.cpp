@@ -174,9 +174,12 @@ DatatypeHandle memory_base(const Type& type, hid_t file_type) {
 DatatypeHandle memory_compound(const Type& type, hid_t file_type) {
   DatatypeHandle compound(
       check_id(H5Tcreate(H5T_COMPOUND, std::max<std::size_t>(type.size, 1)), cannot_build));
-  for (unsigned i = 0; i < type.members.size(); ++i) {
-    const Member& member = type.members[i];
-    const DatatypeHandle file_member(check_id(H5Tget_member_type(file_type, i), cannot_build));
+  for (const Member& member : type.members) {
+    // By its name: the description may hold only some of the file's members.
+    const int index = H5Tget_member_index(file_type, member.name.c_str());
+    if (index < 0) fail_hdf5(cannot_build());
+    const DatatypeHandle file_member(
+        check_id(H5Tget_member_type(file_type, static_cast<unsigned>(index)), cannot_build));
     const DatatypeHandle memory_member = memory_datatype(member.type, file_member.get());
     check_done(H5Tinsert(compound.get(), member.name.c_str(), member.offset, memory_member.get()),
                cannot_build);

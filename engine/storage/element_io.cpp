@@ -52,6 +52,11 @@ ElementPlace place_of(AttributeHandle attribute, std::string name) {
   return described(std::move(place), H5Aget_space(id), H5Aget_type(id));
 }
 
+void read_only_members(ElementPlace& place, Type type) {
+  place.memory_type = memory_datatype(type, place.file_type.get());
+  place.type = std::move(type);
+}
+
 void ElementBlock::release() noexcept {
   const bool chosen = whole_count_ > 0;
   const hsize_t count = chosen ? whole_count_ : count_;

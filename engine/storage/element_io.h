@@ -26,6 +26,10 @@ struct ElementPlace {
 ElementPlace place_of(DatasetHandle dataset, std::string name);
 ElementPlace place_of(AttributeHandle attribute, std::string name);
 
+/// From now on only these members of the place's compound are read; `type` is its type without the
+/// others.
+void read_only_members(ElementPlace& place, Type type);
+
 /// Elements in memory as their Type lays them out. Owns what varying parts point to, where the HDF5
 /// library made them.
 class ElementBlock {

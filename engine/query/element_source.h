@@ -1,0 +1,51 @@
+// What a query selects, as elements in memory: the source of rows, of exported files and of what
+// INSERT writes.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "values/space.h"
+#include "values/text.h"
+#include "values/type.h"
+
+namespace kelvo {
+
+/// Elements side by side, laid out as their source's type says.
+struct Elements {
+  const std::byte* data = nullptr;
+  std::size_t count = 0;
+  /// What holds exactly these bytes, where the taker may swap others into it; else null.
+  std::vector<std::byte>* movable = nullptr;
+};
+
+class ElementSource {
+ public:
+  ElementSource() = default;
+  ElementSource(const ElementSource&) = delete;
+  ElementSource& operator=(const ElementSource&) = delete;
+  virtual ~ElementSource() = default;
+
+  /// What the elements are. A query of several items gives a compound with a member for each,
+  /// without holes between them.
+  [[nodiscard]] virtual const Type& type() const = 0;
+
+  /// The next elements, at least one; false when there are none left. They, and what their varying
+  /// parts point to, are good until the next call. Throws StatementError; it is not called again
+  /// then.
+  virtual bool next(Elements& elements) = 0;
+};
+
+/// A query that has been checked and is ready to be read.
+struct Selected {
+  std::unique_ptr<ElementSource> source;
+  bool several_items = false;  // then the members are columns, not one compound value
+  /// The extents of the result, where it has the shape of what it is taken from; else none, and its
+  /// elements are one row each.
+  std::vector<Extent> shape;
+  ReferenceNamer namer;
+};
+
+}  // namespace kelvo
