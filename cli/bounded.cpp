@@ -2,6 +2,9 @@
 // that ask for it with optimisation on.
 #include "cli/bounded.h"
 
+#include <cstdio>
+#include <cstdlib>
+
 void bounded_copy(char (&destination)[text_size], const char* source) {
   // NOLINTNEXTLINE(clang-analyzer-security.insecureAPI.strcpy): this one is bounded.
   __builtin___strcpy_chk(destination, source, text_size);
@@ -12,8 +15,10 @@ void bounded_append(char (&destination)[text_size], const char* source, std::siz
 }
 
 void bounded_prompt(char (&destination)[text_size], const char* path) {
-  // Not formatted by __sprintf_chk: the address sanitizer puts its own in the place of that one and
-  // does not pass the size on.
-  bounded_copy(destination, path);
-  bounded_append(destination, ">", 1);
+  // Not by __sprintf_chk, in whose place the address sanitizer puts its own, without the check. Nor
+  // by copies alone: they, unlike a format, could not take a null path.
+  char* prompt = nullptr;
+  if (asprintf(&prompt, "%s>", path) < 0) std::abort();
+  bounded_copy(destination, prompt);
+  std::free(prompt);
 }

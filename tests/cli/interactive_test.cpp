@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -132,6 +133,12 @@ TEST_F(Prompt, ShowsTheGroupInUseAskedForTwice) {
 TEST_F(Prompt, ShowsTheSecondAnswer) {
   scripted::engine().groups({"/first", "/second"});
   EXPECT_EQ("/second>", choose("", 0));
+}
+
+// Not guarded against: what libc makes of a null string under "%s" shows.
+TEST_F(Prompt, ShowsTheSecondAnswerThoughItBeNull) {
+  scripted::engine().groups({"/first", std::nullopt});
+  EXPECT_EQ("(null)>", choose("", 0));
 }
 
 TEST_F(Prompt, WithoutAGroupInUseIsTheSignAloneAskedForOnce) {
