@@ -2,6 +2,7 @@
 // there are: numbers of mixed lengths would make the processor guess wrong at every one of them.
 #include "executor/number_text.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -93,8 +94,7 @@ char* write_exactly(char* text, double size) {
 }
 
 char* write_special(char* text, double size) {
-  std::memcpy(text, std::isnan(size) ? "nan" : "inf", 3);
-  return text + 3;
+  return std::copy_n(std::isnan(size) ? "nan" : "inf", 3, text);
 }
 
 // Sizes below 2^32 - 1 in millionths are below 2^52, where every half is a double. So the product,
