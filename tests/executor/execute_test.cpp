@@ -132,6 +132,14 @@ TEST_F(ExecuteTest, CallsOfATextComeInOrderAndTheCursorIsClearedOnce) {
             engine().calls());
 }
 
+TEST_F(ExecuteTest, WhatTheEnginePrintsItselfComesInOrder) {
+  const auto print = [] { std::fputs("debug\n", stdout); };
+  engine().answers("a").row(KELVO_INT, {1});
+  engine().answers("b").row(KELVO_INT, {2}).on("kelvo_execute", 1, print);
+  run("a\nb");
+  EXPECT_EQ("1\n" + no_elements + "debug\n2\n" + no_elements, output());
+}
+
 TEST_F(ExecuteTest, StatementIsPassedAndSavedAsTyped) {
   EXPECT_EQ(0, run("  Show\tGroup 'a  b' ;  \n"));
   EXPECT_EQ(Calls{"  Show\tGroup 'a  b' ;  "}, engine().executed());

@@ -111,6 +111,17 @@ def test_between_rows_stops_after_the_row(start, program):
     terminal.exit()
 
 
+def test_rows_are_on_the_terminal_before_the_next_one_is_asked_for(start, program):
+    program.engine.answers("rows").row(INT, 1).text("two").row(INT, 3).waiting_in("kelvo_cursor_get_int", 2)
+    terminal = start()
+    terminal.type("rows\r")
+    terminal.wait_for_call("waiting")
+    assert terminal.until("two\r\n") == "rows\n1\n"
+    terminal.type(CONTROL_C)
+    terminal.until("/g>")
+    terminal.exit()
+
+
 def test_interrupted_statement_is_not_saved(start, program):
     program.engine.answers("rows").row(INT, 1).waiting_in("kelvo_cursor_get_int")
     terminal = start("--save-file=saved.txt")
