@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <optional>
 #include <string_view>
 
 #include "error.h"
@@ -13,6 +14,7 @@ namespace kelvo {
 namespace {
 
 constexpr std::uint64_t longest_fixed_size = 0x7fffffff;
+constexpr std::uint64_t longest_number_bits = 1 << 20;  // more than any, little enough to add up
 
 struct TypeWord {
   std::string_view keyword;
@@ -23,7 +25,7 @@ struct TypeWord {
   bool varying;  // VARINT and its kin: a sequence of it
 };
 
-constexpr std::array<TypeWord, 13> numeric_words = {{
+constexpr std::array<TypeWord, 14> numeric_words = {{
     {"TINYINT", Kind::integer, 1, 1, true, false},
     {"SMALLINT", Kind::integer, 2, 2, true, false},
     {"INT", Kind::integer, 4, 4, true, false},
@@ -31,6 +33,7 @@ constexpr std::array<TypeWord, 13> numeric_words = {{
     {"HALF", Kind::real, 4, 2, false, false},
     {"FLOAT", Kind::real, 4, 4, false, false},
     {"DOUBLE", Kind::real, 8, 8, false, false},
+    {"LONG DOUBLE", Kind::real, 8, 16, false, false},
     {"VARTINYINT", Kind::integer, 1, 1, true, true},
     {"VARSMALLINT", Kind::integer, 2, 2, true, true},
     {"VARINT", Kind::integer, 4, 4, true, true},
@@ -63,6 +66,13 @@ void parse_charset(Parser& parser, Type* type) {
   }
 }
 
+void parse_padding(Parser& parser, Type* type) {
+  static constexpr std::array<std::string_view, 3> words = {"NULLTERM", "NULLPAD", "SPACEPAD"};
+  for (std::size_t i = 0; i < words.size(); ++i) {
+    if (parser.accept_keyword(words[i], Mode::expression)) type->padding = static_cast<Padding>(i);
+  }
+}
+
 std::size_t parse_size(Parser& parser, std::string_view what) {
   parser.expect_symbol("(", Mode::expression);
   const std::uint64_t size = parser.expect_unsigned(what, longest_fixed_size);
@@ -70,6 +80,37 @@ std::size_t parse_size(Parser& parser, std::string_view what) {
   if (size == 0)
     throw StatementError(Status::out_of_range, "The size of a type must be at least 1");
   return size;
+}
+
+std::optional<std::size_t> parse_number_clause(Parser& parser, std::string_view word) {
+  if (!parser.accept_keyword(word, Mode::expression)) return std::nullopt;
+  return parser.expect_unsigned("a number of bits or bytes", longest_number_bits);
+}
+
+// PRECISION bits, OFFSET bits: of a number that does not fill its bytes.
+void parse_bits_in_use(Parser& parser, Type* type) {
+  const std::size_t all = 8 * type->file_size;
+  const std::size_t precision = parse_number_clause(parser, "PRECISION").value_or(all);
+  type->bit_offset = parse_number_clause(parser, "OFFSET").value_or(0);
+  const std::size_t least = type->is_signed ? 2 : 1;
+  if (precision < least || precision > 64 || precision + type->bit_offset > all) {
+    throw StatementError(Status::out_of_range, "An integer of " + std::to_string(type->file_size) +
+                                                   " bytes cannot have " +
+                                                   std::to_string(precision) + " bits at offset " +
+                                                   std::to_string(type->bit_offset));
+  }
+  type->precision = precision == all ? 0 : precision;
+}
+
+// SIZE bytes: integers of a width that the machine has no own for are read as the next wider ones.
+void parse_integer_layout(Parser& parser, Type* type) {
+  const std::size_t file_size = parse_number_clause(parser, "SIZE").value_or(type->size);
+  if (integer_size_in_memory(file_size) != type->size) {
+    throw StatementError(Status::out_of_range,
+                         type_name(*type) + " cannot have the size " + std::to_string(file_size));
+  }
+  type->file_size = file_size;
+  parse_bits_in_use(parser, type);
 }
 
 bool parse_numeric(Parser& parser, Type* type) {
@@ -81,6 +122,9 @@ bool parse_numeric(Parser& parser, Type* type) {
     type->size = word.size;
     type->file_size = word.file_size;
     type->is_signed = !is_unsigned;
+    if (type->kind == Kind::real && !standard_format(type->file_size))
+      type->format = extended_format();
+    if (type->kind == Kind::integer && !word.varying) parse_integer_layout(parser, type);
     parse_order(parser, type);
     if (word.varying) *type = sequence_of(*type);
     return true;
@@ -94,13 +138,56 @@ Type parse_bits(Parser& parser, Kind kind) {
   Type type;
   type.kind = kind;
   const std::size_t bits = parse_size(parser, "a number of bits");
-  const bool possible = kind == Kind::time ? bits == 32 || bits == 64
-                                           : bits == 8 || bits == 16 || bits == 32 || bits == 64;
+  const bool possible = kind == Kind::time ? bits == 32 || bits == 64 : bits % 8 == 0 && bits <= 64;
   if (!possible)
     throw StatementError(Status::out_of_range,
                          "No such type has " + std::to_string(bits) + " bits");
-  type.size = type.file_size = bits / 8;
+  type.file_size = bits / 8;
+  type.size = integer_size_in_memory(type.file_size);
   type.is_signed = kind == Kind::time;
+  if (kind == Kind::bit_field) parse_bits_in_use(parser, &type);
+  parse_order(parser, &type);
+  return type;
+}
+
+std::size_t expect_number_clause(Parser& parser, std::string_view word) {
+  const std::optional<std::size_t> number = parse_number_clause(parser, word);
+  if (!number) parser.fail_expected(word, Mode::expression);
+  return *number;
+}
+
+Normalization parse_normalization(Parser& parser) {
+  parser.expect_keyword("NORMALIZATION", Mode::expression);
+  for (const Normalization one :
+       {Normalization::implied, Normalization::set, Normalization::none}) {
+    if (parser.accept_keyword(normalization_word(one), Mode::expression)) return one;
+  }
+  parser.fail_expected("IMPLIED, SET or NONE", Mode::expression);
+}
+
+RealFormat parse_real_format(Parser& parser) {
+  RealFormat format;
+  format.precision = expect_number_clause(parser, "PRECISION");
+  format.offset = expect_number_clause(parser, "OFFSET");
+  format.sign_at = expect_number_clause(parser, "SIGN");
+  format.exponent_at = expect_number_clause(parser, "EXPONENT");
+  format.exponent_size = expect_number_clause(parser, "SIZE");
+  format.bias = expect_number_clause(parser, "BIAS");
+  format.mantissa_at = expect_number_clause(parser, "MANTISSA");
+  format.mantissa_size = expect_number_clause(parser, "SIZE");
+  format.normalization = parse_normalization(parser);
+  return format;
+}
+
+// REAL(bytes) and where everything in it lies: formats of other machines. Whether the parts fit
+// together is the HDF5 library's to say, when the type is made.
+Type parse_real(Parser& parser) {
+  Type type;
+  type.kind = Kind::real;
+  type.file_size = parse_size(parser, "a number of bytes");
+  const RealFormat format = parse_real_format(parser);
+  if (format != standard_format(type.file_size)) type.format = format;
+  type.size = fits_single(format) && type.file_size <= 4 ? 4 : 8;
   parse_order(parser, &type);
   return type;
 }
@@ -109,6 +196,7 @@ Type parse_char(Parser& parser) {
   Type type;
   type.kind = Kind::text;
   type.size = type.file_size = parse_size(parser, "a number of bytes");
+  parse_padding(parser, &type);
   parse_charset(parser, &type);
   return type;
 }
@@ -118,6 +206,7 @@ Type parse_varchar(Parser& parser) {
   type.kind = Kind::varying_text;
   type.size = type.file_size = sizeof(char*);
   type.padding = Padding::null_terminated;
+  parse_padding(parser, &type);
   parse_charset(parser, &type);
   return type;
 }
@@ -139,7 +228,8 @@ std::string parse_name(Parser& parser, std::string_view what) {
 }
 
 bool fits(std::uint64_t bits, bool negative, const Type& base) {
-  const auto unsigned_maximum = std::numeric_limits<std::uint64_t>::max() >> (64 - 8 * base.size);
+  const auto unsigned_maximum =
+      std::numeric_limits<std::uint64_t>::max() >> (64 - base.value_bits());
   if (!base.is_signed) return !negative && bits <= unsigned_maximum;
   const std::uint64_t signed_maximum = unsigned_maximum >> 1U;
   return negative ? ~bits + 1 <= signed_maximum + 1 : bits <= signed_maximum;
@@ -300,6 +390,7 @@ Type parse_type(Parser& parser) {
   if (parser.accept_keyword("COMPOUND", mode)) return parse_compound(parser);
   if (parser.accept_keyword("ARRAY", mode)) return parse_array(parser);
   if (parser.accept_keyword("SEQUENCE", mode)) return parse_sequence(parser);
+  if (parser.accept_keyword("REAL", mode)) return parse_real(parser);
   if (parser.accept_keyword("BITFIELD", mode)) return parse_bits(parser, Kind::bit_field);
   if (parser.accept_keyword("TIME", mode)) return parse_bits(parser, Kind::time);
   if (parser.accept_keyword("REFERENCE", mode)) return reference(Kind::object_reference);

@@ -25,27 +25,38 @@ ByteOrder order_of(hid_t type) {
   }
 }
 
-// The machine's integers have 1, 2, 4 and 8 bytes; a file's may have any number.
-std::size_t memory_integer_size(std::size_t file_size) {
-  std::size_t size = 1;
-  while (size < file_size && size < 8) size *= 2;
-  return size;
+void describe_integer(hid_t file_type, Type* type) {
+  type->order = order_of(file_type);
+  type->is_signed = type->kind == Kind::integer && H5Tget_sign(file_type) == H5T_SGN_2;
+  type->size = integer_size_in_memory(type->file_size);
+  const std::size_t precision = H5Tget_precision(file_type);
+  type->precision = precision == 8 * type->file_size ? 0 : precision;
+  type->bit_offset = static_cast<std::size_t>(std::max(H5Tget_offset(file_type), 0));
 }
 
-void describe_number(hid_t file_type, Type* type) {
-  type->order = order_of(file_type);
-  switch (type->kind) {
-    case Kind::real:
-      type->size = type->file_size <= 4 ? 4 : 8;
-      break;
-    case Kind::time:
-      type->size = type->file_size;
-      break;
+Normalization normalization_of(hid_t file_type) {
+  switch (H5Tget_norm(file_type)) {
+    case H5T_NORM_IMPLIED:
+      return Normalization::implied;
+    case H5T_NORM_MSBSET:
+      return Normalization::set;
     default:
-      type->size = memory_integer_size(type->file_size);
+      return Normalization::none;
   }
-  type->is_signed = type->kind == Kind::real || type->kind == Kind::time ||
-                    (type->kind == Kind::integer && H5Tget_sign(file_type) == H5T_SGN_2);
+}
+
+void describe_real(hid_t file_type, Type* type) {
+  RealFormat format;
+  format.precision = H5Tget_precision(file_type);
+  format.offset = static_cast<std::size_t>(std::max(H5Tget_offset(file_type), 0));
+  check_done(H5Tget_fields(file_type, &format.sign_at, &format.exponent_at, &format.exponent_size,
+                           &format.mantissa_at, &format.mantissa_size),
+             cannot_describe);
+  format.bias = H5Tget_ebias(file_type);
+  format.normalization = normalization_of(file_type);
+  type->order = order_of(file_type);
+  type->size = fits_single(format) && type->file_size <= 4 ? 4 : 8;
+  if (format != standard_format(type->file_size)) type->format = format;
 }
 
 void describe_text(hid_t file_type, Type* type) {
@@ -80,8 +91,7 @@ void describe_enumeration(hid_t file_type, Type* type) {
     if (name == nullptr || type->size > value.size()) fail_hdf5(cannot_describe());
     check_done(H5Tget_member_value(file_type, i, value.data()), cannot_describe);
     type->names.push_back(
-        {name.get(), load_integer(value.data(), std::min<std::size_t>(type->size, 8), type->order,
-                                  type->is_signed)});
+        {name.get(), load_integer(value.data(), type->size, type->order, type->is_signed)});
   }
 }
 
@@ -117,6 +127,13 @@ std::string opaque_tag(hid_t file_type) {
   return tag == nullptr ? "" : tag.get();
 }
 
+Kind reference_kind(hid_t file_type) {
+  if (H5Tequal(file_type, H5T_STD_REF_OBJ) > 0) return Kind::object_reference;
+  if (H5Tequal(file_type, H5T_STD_REF_DSETREG) > 0) return Kind::region_reference;
+  throw StatementError(Status::not_available,
+                       "This HDF5 library does not know references of that kind");
+}
+
 Kind kind_of(hid_t file_type) {
   switch (H5Tget_class(file_type)) {
     case H5T_INTEGER:
@@ -126,7 +143,9 @@ Kind kind_of(hid_t file_type) {
     case H5T_BITFIELD:
       return Kind::bit_field;
     case H5T_TIME:
-      return Kind::time;
+      // Times are never converted, so one of a width that the machine has not stays what it is:
+      // bytes.
+      return H5Tget_size(file_type) == 4 || H5Tget_size(file_type) == 8 ? Kind::time : Kind::opaque;
     case H5T_STRING:
       return H5Tis_variable_str(file_type) > 0 ? Kind::varying_text : Kind::text;
     case H5T_OPAQUE:
@@ -134,8 +153,7 @@ Kind kind_of(hid_t file_type) {
     case H5T_ENUM:
       return Kind::enumeration;
     case H5T_REFERENCE:
-      return H5Tequal(file_type, H5T_STD_REF_DSETREG) > 0 ? Kind::region_reference
-                                                          : Kind::object_reference;
+      return reference_kind(file_type);
     case H5T_COMPOUND:
       return Kind::compound;
     case H5T_ARRAY:
@@ -164,6 +182,14 @@ hid_t native_number(const Type& type) {
     default:
       return bits ? H5T_NATIVE_B64 : type.is_signed ? H5T_NATIVE_INT64 : H5T_NATIVE_UINT64;
   }
+}
+
+// Converting wider ones would cut them without a word.
+void check_width(const Type& type) {
+  const std::size_t bits = type.precision == 0 ? 8 * type.file_size : type.precision;
+  if (bits <= 64) return;
+  throw StatementError(Status::not_available, "it has integers of " + std::to_string(bits) +
+                                                  " bits, this engine reads up to 64");
 }
 
 DatatypeHandle memory_base(const Type& type, hid_t file_type) {
@@ -206,21 +232,50 @@ DatatypeHandle in_order(hid_t native, ByteOrder order) {
   return type;
 }
 
-// IEEE 754's 16-bit format: sign at 15, 5 bits of exponent at 10 (bias 15), 10 bits of mantissa at
-// 0.
-DatatypeHandle half_float(ByteOrder order) {
-  DatatypeHandle type = in_order(H5T_IEEE_F32LE, order);
-  check_done(H5Tset_fields(type.get(), 15, 10, 5, 0, 10), cannot_build);
-  check_done(H5Tset_size(type.get(), 2), cannot_build);
-  check_done(H5Tset_ebias(type.get(), 15), cannot_build);
-  return type;
+DatatypeHandle file_integer(const Type& type) {
+  DatatypeHandle made = in_order(native_number(type), type.order);
+  if (type.file_size != type.size)
+    check_done(H5Tset_size(made.get(), type.file_size), cannot_build);
+  check_done(H5Tset_precision(made.get(), std::min(type.value_bits(), 8 * type.file_size)),
+             cannot_build);
+  check_done(H5Tset_offset(made.get(), type.bit_offset), cannot_build);
+  return made;
+}
+
+H5T_norm_t normalization(const RealFormat& format) {
+  if (format.normalization == Normalization::implied) return H5T_NORM_IMPLIED;
+  return format.normalization == Normalization::set ? H5T_NORM_MSBSET : H5T_NORM_NONE;
+}
+
+// Each step must fit what the steps before it made, so there is room first, and what is not needed
+// is taken away last.
+DatatypeHandle file_real(const Type& type) {
+  const auto done = [](herr_t result) { check_done(result, cannot_build); };
+  const RealFormat format = type.real_format();
+  const std::size_t room = std::max<std::size_t>(type.file_size, 16);
+  DatatypeHandle made = in_order(H5T_IEEE_F64LE, type.order);
+  done(H5Tset_size(made.get(), room));
+  done(H5Tset_precision(made.get(), 8 * room));
+  done(H5Tset_fields(made.get(), format.sign_at, format.exponent_at, format.exponent_size,
+                     format.mantissa_at, format.mantissa_size));
+  done(H5Tset_offset(made.get(), format.offset));
+  done(H5Tset_precision(made.get(), format.precision));
+  done(H5Tset_size(made.get(), type.file_size));
+  done(H5Tset_ebias(made.get(), format.bias));
+  done(H5Tset_norm(made.get(), normalization(format)));
+  return made;
+}
+
+H5T_str_t padding_of(const Type& type) {
+  if (type.padding == Padding::null_terminated) return H5T_STR_NULLTERM;
+  return type.padding == Padding::null_padded ? H5T_STR_NULLPAD : H5T_STR_SPACEPAD;
 }
 
 DatatypeHandle file_text(const Type& type) {
   DatatypeHandle text = copy_of(H5T_C_S1);
   const bool varying = type.kind == Kind::varying_text;
   check_done(H5Tset_size(text.get(), varying ? H5T_VARIABLE : type.size), cannot_build);
-  check_done(H5Tset_strpad(text.get(), varying ? H5T_STR_NULLTERM : H5T_STR_NULLPAD), cannot_build);
+  check_done(H5Tset_strpad(text.get(), padding_of(type)), cannot_build);
   check_done(
       H5Tset_cset(text.get(), type.charset == Charset::ascii ? H5T_CSET_ASCII : H5T_CSET_UTF8),
       cannot_build);
@@ -237,7 +292,7 @@ DatatypeHandle file_enumeration(const Type& type) {
   const DatatypeHandle base = file_datatype(type.base[0]);
   DatatypeHandle enumeration(check_id(H5Tenum_create(base.get()), cannot_build));
   for (const EnumName& name : type.names) {
-    std::array<std::byte, 8> value{};
+    std::vector<std::byte> value(type.size);
     store_integer(name.bits, type.size, type.order, value.data());
     check_done(H5Tenum_insert(enumeration.get(), name.name.c_str(), value.data()), cannot_build);
   }
@@ -263,10 +318,14 @@ Type describe_datatype(hid_t file_type) {
   type.size = type.file_size = H5Tget_size(file_type);
   switch (type.kind) {
     case Kind::integer:
-    case Kind::real:
     case Kind::bit_field:
+      describe_integer(file_type, &type);
+      break;
+    case Kind::real:
+      describe_real(file_type, &type);
+      break;
     case Kind::time:
-      describe_number(file_type, &type);
+      type.order = order_of(file_type);
       break;
     case Kind::text:
     case Kind::varying_text:
@@ -298,8 +357,10 @@ Type describe_datatype(hid_t file_type) {
 DatatypeHandle memory_datatype(const Type& type, hid_t file_type) {
   switch (type.kind) {
     case Kind::integer:
-    case Kind::real:
     case Kind::bit_field:
+      check_width(type);
+      return copy_of(native_number(type));
+    case Kind::real:
       return copy_of(native_number(type));
     case Kind::compound:
       return memory_compound(type, file_type);
@@ -318,10 +379,9 @@ DatatypeHandle file_datatype(const Type& type) {
   switch (type.kind) {
     case Kind::integer:
     case Kind::bit_field:
-      return in_order(native_number(type), type.order);
+      return file_integer(type);
     case Kind::real:
-      return type.file_size == 2 ? half_float(type.order)
-                                 : in_order(native_number(type), type.order);
+      return file_real(type);
     case Kind::time:
       return in_order(type.size == 4 ? H5T_UNIX_D32LE : H5T_UNIX_D64LE, type.order);
     case Kind::text:

@@ -11,6 +11,7 @@ namespace kelvo {
 Type describe_datatype(hid_t file_type);
 
 /// The type that elements have in memory, laid out as `type` (the description of `file_type`) says.
+/// Throws StatementError with the mere reason where no memory can hold them.
 DatatypeHandle memory_datatype(const Type& type, hid_t file_type);
 
 /// The type that CREATE stores for a description.

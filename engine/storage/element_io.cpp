@@ -17,6 +17,24 @@ constexpr std::size_t block_bytes = std::size_t{512} * 1024;
 
 std::string cannot_read(const ElementPlace& place) { return place.name + " cannot be read"; }
 
+// A missing filter is the one failure whose cause the HDF5 library words differently for each
+// filter.
+[[noreturn]] void fail_read(const ElementPlace& place) {
+  const PropertyHandle creation(place.dataset ? H5Dget_create_plist(place.dataset.get())
+                                              : H5I_INVALID_HID);
+  const int filters = creation ? H5Pget_nfilters(creation.get()) : 0;
+  for (unsigned i = 0; filters > 0 && i < static_cast<unsigned>(filters); ++i) {
+    unsigned flags = 0;
+    std::size_t values = 0;
+    const H5Z_filter_t filter =
+        H5Pget_filter2(creation.get(), i, &flags, &values, nullptr, 0, nullptr, nullptr);
+    if (H5Zfilter_avail(filter) > 0) continue;
+    throw StatementError(Status::hdf5_refused, cannot_read(place) + ": filter " +
+                                                   std::to_string(filter) + " is not available");
+  }
+  fail_hdf5(cannot_read(place));
+}
+
 ElementPlace described(ElementPlace place, hid_t space, hid_t file_type) {
   const DataspaceHandle owned_space(space);
   place.file_type = DatatypeHandle(file_type);
@@ -25,7 +43,11 @@ ElementPlace described(ElementPlace place, hid_t space, hid_t file_type) {
   check_id(file_type, what);
   place.space = describe_space(space);
   place.type = describe_datatype(file_type);
-  place.memory_type = memory_datatype(place.type, file_type);
+  try {
+    place.memory_type = memory_datatype(place.type, file_type);
+  } catch (const StatementError& error) {
+    throw StatementError(error.status(), cannot_read(place) + ": " + error.what());
+  }
   return place;
 }
 
@@ -71,7 +93,7 @@ void ElementBlock::release() noexcept {
 ElementReader::ElementReader(const ElementPlace& place, Selection selection)
     : place_(place), selection_(std::move(selection)) {
   done_ = selection_.elements() == 0;
-  plan_blocks();
+  if (!done_) plan_blocks();
 }
 
 void ElementReader::plan_blocks() {
@@ -133,9 +155,9 @@ void ElementReader::read_dataset(ElementBlock& block, Extent first_row, Extent r
   }
   const DataspaceHandle memory_space(check_id(H5Screate_simple(1, &elements, nullptr), what));
   block.bytes_.resize(static_cast<std::size_t>(elements) * place_.type.size);
-  check_done(H5Dread(place_.dataset.get(), place_.memory_type.get(), memory_space.get(),
-                     file_space.get(), H5P_DEFAULT, block.bytes_.data()),
-             what);
+  const herr_t done = H5Dread(place_.dataset.get(), place_.memory_type.get(), memory_space.get(),
+                              file_space.get(), H5P_DEFAULT, block.bytes_.data());
+  if (done < 0) fail_read(place_);
   block.count_ = static_cast<std::size_t>(elements);
   if (place_.type.has_varying_parts()) block.varying_type_ = place_.memory_type.get();
 }

@@ -2,7 +2,10 @@
 #include "storage/reference.h"
 
 #include <algorithm>
+#include <cstring>
+#include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "storage/check.h"
@@ -10,14 +13,30 @@
 namespace kelvo {
 namespace {
 
+using Names = std::unordered_map<haddr_t, std::string>;
+
+constexpr std::size_t most_names = 100'000;
+
 std::string cannot_follow() { return "A reference cannot be followed"; }
 
-std::string name_of(hid_t file, H5R_type_t kind, const void* reference) {
-  const ssize_t length = H5Rget_name(file, kind, reference, nullptr, 0);
-  if (length < 0) fail_hdf5(cannot_follow());
-  std::string name(static_cast<std::size_t>(length), '\0');
-  H5Rget_name(file, kind, reference, name.data(), name.size() + 1);
-  return name;
+herr_t keep_name(hid_t /*root*/, const char* name, const H5O_info_t* info, void* names) {
+  auto& kept = *static_cast<Names*>(names);
+  if (kept.size() == most_names) return 1;
+  const std::string path = std::string(name) == "." ? "/" : std::string("/") + name;
+  kept.emplace(info->addr, path);
+  return 0;
+}
+
+// Whether the error stack tells of damage to the place where the file keeps regions.
+herr_t find_heap(unsigned /*depth*/, const H5E_error2_t* error, void* found) {
+  if (error->maj_num == H5E_HEAP) *static_cast<bool*>(found) = true;
+  return 0;
+}
+
+bool heap_is_damaged() {
+  bool damaged = false;
+  H5Ewalk2(H5E_DEFAULT, H5E_WALK_DOWNWARD, find_heap, &damaged);
+  return damaged;
 }
 
 // The box around the selected elements, as a slice: [0:3, 2:5].
@@ -26,26 +45,82 @@ std::string bounds(hid_t space) {
   if (rank <= 0) return "";
   std::vector<hsize_t> first(static_cast<std::size_t>(rank));
   std::vector<hsize_t> last(first.size());
-  check_done(H5Sget_select_bounds(space, first.data(), last.data()), cannot_follow);
+  const bool nothing = H5Sget_select_type(space) == H5S_SEL_NONE;
+  if (!nothing) check_done(H5Sget_select_bounds(space, first.data(), last.data()), cannot_follow);
   std::string text = "[";
   for (std::size_t d = 0; d < first.size(); ++d) {
     if (d > 0) text += ", ";
-    text += std::to_string(first[d]) + ":" + std::to_string(last[d] + 1);
+    text += std::to_string(first[d]) + ":" + std::to_string(nothing ? 0 : last[d] + 1);
   }
   return text + "]";
 }
 
+// Names of the objects that references of one file point to. The HDF5 library finds a name by
+// walking the file, so one walk is made for all references; only in a file with very many objects
+// is the library asked for each.
+class ReferenceNames {
+ public:
+  explicit ReferenceNames(hid_t file) : file_(file) {}
+
+  /// "" for an object that is not there any more, or that no link leads to.
+  std::string name_of(H5R_type_t kind, const std::byte* reference) {
+    const haddr_t address =
+        kind == H5R_OBJECT ? object_address(reference) : address_in_heap(reference);
+    if (address == HADDR_UNDEF) return "";
+    if (!walked_) walk();
+    const auto found = names_.find(address);
+    if (found != names_.end()) return found->second;
+    return names_.size() < most_names ? "" : ask(kind, reference);
+  }
+
+ private:
+  static haddr_t object_address(const std::byte* reference) {
+    hobj_ref_t address = HADDR_UNDEF;
+    std::memcpy(&address, reference, sizeof address);
+    return address;
+  }
+
+  [[nodiscard]] haddr_t address_in_heap(const std::byte* reference) const {
+    const ObjectHandle object(H5Rdereference2(file_, H5P_DEFAULT, H5R_DATASET_REGION, reference));
+    H5O_info_t info;
+    if (object && H5Oget_info2(object.get(), &info, H5O_INFO_BASIC) >= 0) return info.addr;
+    if (heap_is_damaged()) fail_hdf5(cannot_follow());
+    return HADDR_UNDEF;
+  }
+
+  void walk() {
+    walked_ = true;
+    check_done(H5Ovisit2(file_, H5_INDEX_NAME, H5_ITER_NATIVE, keep_name, &names_, H5O_INFO_BASIC),
+               cannot_follow);
+  }
+
+  [[nodiscard]] std::string ask(H5R_type_t kind, const std::byte* reference) const {
+    const ssize_t length = H5Rget_name(file_, kind, reference, nullptr, 0);
+    if (length <= 0) return "";
+    std::string name(static_cast<std::size_t>(length), '\0');
+    H5Rget_name(file_, kind, reference, name.data(), name.size() + 1);
+    return name;
+  }
+
+  hid_t file_;
+  Names names_;
+  bool walked_ = false;
+};
+
 }  // namespace
 
 ReferenceNamer reference_namer(hid_t file) {
-  return [file](const Type& type, const std::byte* element) -> std::string {
+  const auto names = std::make_shared<ReferenceNames>(file);
+  return [file, names](const Type& type, const std::byte* element) -> std::string {
     const bool is_null = std::all_of(element, element + type.size,
                                      [](std::byte byte) { return byte == std::byte{0}; });
     if (is_null) return "";
-    if (type.kind == Kind::object_reference) return name_of(file, H5R_OBJECT, element);
+    if (type.kind == Kind::object_reference) return names->name_of(H5R_OBJECT, element);
+    const std::string name = names->name_of(H5R_DATASET_REGION, element);
+    if (name.empty()) return "";
     const DataspaceHandle space(
         check_id(H5Rget_region(file, H5R_DATASET_REGION, element), cannot_follow));
-    return name_of(file, H5R_DATASET_REGION, element) + bounds(space.get());
+    return name + bounds(space.get());
   };
 }
 

@@ -49,8 +49,7 @@ std::uint64_t integer_bits(const Literal& literal, const Type& type, bool is_sig
   bool negative = false;
   std::uint64_t magnitude = 0;
   // The file's width counts: a file may hold integers narrower than the machine's.
-  const std::size_t bits = 8 * std::min<std::size_t>(type.file_size, 8);
-  const std::uint64_t most = std::numeric_limits<std::uint64_t>::max() >> (64 - bits);
+  const std::uint64_t most = std::numeric_limits<std::uint64_t>::max() >> (64 - type.value_bits());
   const std::uint64_t limit = is_signed ? most >> 1U : most;
   if (!as_integer(literal, &negative, &magnitude)) refuse_fit(literal, type);
   if (negative ? !is_signed || magnitude > limit + 1 : magnitude > limit) refuse_fit(literal, type);
@@ -63,6 +62,10 @@ void encode_integer(const Type& type, const Literal& literal, std::byte* element
   store_integer(integer_bits(literal, type, is_signed), type.size, order, element);
 }
 
+bool has_digit(const std::string& text) {
+  return text.find_first_of("0123456789") != std::string::npos;
+}
+
 void encode_real(const Type& type, const Literal& literal, std::byte* element) {
   if (literal.kind != LiteralKind::integer && literal.kind != LiteralKind::real)
     refuse_kind(literal, type);
@@ -71,12 +74,12 @@ void encode_real(const Type& type, const Literal& literal, std::byte* element) {
     value = static_cast<double>(literal.magnitude);
     if (literal.negative) value = -value;
   }
+  // A number of digits that became an infinity when it was read was too large even for that.
+  const bool infinite = std::isinf(value) && !has_digit(literal.text);
+  if (!infinite && std::fabs(value) >= least_too_large(type.real_format()))
+    refuse_fit(literal, type);
   if (type.size == 8) return store(&value, sizeof value, element);
   const auto single = static_cast<float>(value);
-  // 65520 is the least value that rounds to infinity in 16 bits.
-  const bool too_large =
-      std::isinf(single) || (type.file_size == 2 && std::fabs(single) >= 65520.0F);
-  if (too_large && std::isfinite(value)) refuse_fit(literal, type);
   store(&single, sizeof single, element);
 }
 

@@ -1,4 +1,5 @@
-// A slice as it was written, "[i, a:b, a:b:s, ..., :]", before anyone knows the extents it is meant for.
+// A slice as it was written, "[i, a:b, a:b:s, ..., :]", before anyone knows the extents it is meant
+// for.
 #pragma once
 
 #include <cstdint>

@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstring>
+#include <type_traits>
 
 #include "values/bits.h"
 
@@ -20,6 +22,8 @@ T load(const std::byte* element) {
 
 template <typename T>
 void append_shortest(T value, std::string* text) {
+  // The sign of a NAN is no part of its value.
+  if constexpr (std::is_floating_point_v<T>) value = std::isnan(value) ? std::fabs(value) : value;
   std::array<char, 32> digits{};
   const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
   text->append(digits.data(), result.ptr);
@@ -57,7 +61,7 @@ void append_compound(const Type& type, const std::byte* element, const Reference
   *text += '{';
   for (const Member& member : type.members) {
     if (&member != type.members.data()) *text += ", ";
-    *text += member.name + ": ";
+    *text += written_name(member.name) + ": ";
     append_nested(member.type, element + member.offset, namer, text);
   }
   *text += '}';

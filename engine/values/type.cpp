@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "kelvo.h"
+#include "values/text.h"
 
 namespace kelvo {
 namespace {
@@ -61,10 +62,6 @@ std::string doubled(const std::string& text, char quote) {
   return out + quote;
 }
 
-std::string written_name(const std::string& name) {
-  return is_plain_name(name) ? name : doubled(name, '"');
-}
-
 std::string extents_text(const std::vector<std::uint64_t>& extents) {
   std::string text = "[";
   for (const std::uint64_t extent : extents) {
@@ -79,19 +76,55 @@ std::string order_text(const Type& type) {
   return type.order == ByteOrder::little ? " LITTLE ENDIAN" : " BIG ENDIAN";
 }
 
-std::string charset_text(const Type& type) {
-  return type.charset == Charset::ascii ? " CHARSET ASCII" : "";
+// The padding that CREATE chooses where none is written is not written.
+std::string string_suffix(const Type& type, Padding usual) {
+  static constexpr std::array<std::string_view, 3> words = {" NULLTERM", " NULLPAD", " SPACEPAD"};
+  std::string text;
+  if (type.padding != usual) text += words[static_cast<std::size_t>(type.padding)];
+  return text + (type.charset == Charset::ascii ? " CHARSET ASCII" : "");
 }
 
-// The numbers of HDF5 that CREATE has its own words for; a half float is read as FLOAT but is not
-// one.
+std::string number_clause(std::string_view word, std::size_t number) {
+  return " " + std::string(word) + " " + std::to_string(number);
+}
+
+// What sets a number apart from one that fills its bytes.
+std::string bits_text(const Type& type) {
+  std::string text;
+  if (type.precision != 0) text += number_clause("PRECISION", type.precision);
+  if (type.bit_offset != 0) text += number_clause("OFFSET", type.bit_offset);
+  return text;
+}
+
+std::string real_notation(const Type& type) {
+  const RealFormat format = type.real_format();
+  if (type.file_size == 16 && format == extended_format()) return "LONG DOUBLE";
+  if (format == standard_format(type.file_size))
+    return type.file_size == 2 ? "HALF" : std::string(numeric_row(type).name);
+  return "REAL(" + std::to_string(type.file_size) + ")" +
+         number_clause("PRECISION", format.precision) + number_clause("OFFSET", format.offset) +
+         number_clause("SIGN", format.sign_at) + number_clause("EXPONENT", format.exponent_at) +
+         number_clause("SIZE", format.exponent_size) + number_clause("BIAS", format.bias) +
+         number_clause("MANTISSA", format.mantissa_at) +
+         number_clause("SIZE", format.mantissa_size) + " NORMALIZATION " +
+         std::string(normalization_word(format.normalization));
+}
+
+// The numbers of HDF5 that CREATE has its own words for: the row's type is not always the file's.
 std::string numeric_notation(const Type& type) {
-  if (type.kind == Kind::bit_field)
-    return "BITFIELD(" + std::to_string(type.file_size * 8) + ")" + order_text(type);
-  if (type.kind == Kind::time)
-    return "TIME(" + std::to_string(type.file_size * 8) + ")" + order_text(type);
-  const bool half = type.kind == Kind::real && type.file_size == 2;
-  return (half ? "HALF" : std::string(numeric_row(type).name)) + order_text(type);
+  const std::string bits = "(" + std::to_string(type.file_size * 8) + ")";
+  switch (type.kind) {
+    case Kind::bit_field:
+      return "BITFIELD" + bits + bits_text(type) + order_text(type);
+    case Kind::time:
+      return "TIME" + bits + order_text(type);
+    case Kind::real:
+      return real_notation(type) + order_text(type);
+    default:
+      return std::string(numeric_row(type).name) +
+             (type.file_size == type.size ? "" : number_clause("SIZE", type.file_size)) +
+             bits_text(type) + order_text(type);
+  }
 }
 
 std::string enumeration_notation(const Type& type) {
@@ -118,7 +151,8 @@ std::string compound_notation(const Type& type) {
 }
 
 std::string sequence_notation(const Type& base) {
-  const bool plain = base.kind == Kind::integer || (base.kind == Kind::real && base.file_size >= 4);
+  const bool plain = (base.kind == Kind::integer || base.kind == Kind::real) &&
+                     base.file_size == base.size && base.precision == 0 && !base.format;
   if (!plain) return "SEQUENCE OF " + notation(base);
   std::string name(numeric_row(base).name);
   const std::string_view prefix = "UNSIGNED ";
@@ -139,10 +173,25 @@ bool Type::has_varying_parts() const {
                      [](const Member& member) { return member.type.has_varying_parts(); });
 }
 
+std::size_t Type::value_bits() const {
+  if (kind == Kind::enumeration) return base[0].value_bits();
+  return precision != 0 ? precision : std::min<std::size_t>(8 * file_size, 64);
+}
+
+RealFormat Type::real_format() const {
+  return format ? *format : standard_format(file_size).value_or(extended_format());
+}
+
 std::uint64_t Type::array_length() const {
   std::uint64_t length = 1;
   for (const std::uint64_t extent : extents) length *= extent;
   return length;
+}
+
+std::size_t integer_size_in_memory(std::size_t file_size) {
+  std::size_t size = 1;
+  while (size < file_size && size < 8) size *= 2;
+  return size;
 }
 
 std::int32_t row_code(const Type& type) {
@@ -158,6 +207,10 @@ std::int32_t list_code(const Type& element) {
   return element.is_numeric() ? numeric_row(element).list_code : 0;
 }
 
+std::string written_name(const std::string& name) {
+  return is_plain_name(name) ? name : doubled(name, '"');
+}
+
 std::string notation(const Type& type) {
   switch (type.kind) {
     case Kind::integer:
@@ -166,12 +219,12 @@ std::string notation(const Type& type) {
     case Kind::time:
       return numeric_notation(type);
     case Kind::text:
-      return "CHAR(" + std::to_string(type.size) + ")" + charset_text(type);
+      return "CHAR(" + std::to_string(type.size) + ")" + string_suffix(type, Padding::null_padded);
     case Kind::varying_text:
-      return "VARCHAR" + charset_text(type);
+      return "VARCHAR" + string_suffix(type, Padding::null_terminated);
     case Kind::opaque:
       return "OPAQUE(" + std::to_string(type.size) + ")" +
-             (type.tag.empty() ? "" : " TAG " + doubled(type.tag, '\''));
+             (type.tag.empty() ? "" : " TAG " + string_literal(type.tag));
     case Kind::enumeration:
       return enumeration_notation(type);
     case Kind::object_reference:

@@ -5,8 +5,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "values/real_format.h"
 
 namespace kelvo {
 
@@ -47,6 +50,9 @@ struct Type {
   ByteOrder order = machine_order();       // in the file
   Charset charset = Charset::utf8;         // text, varying_text
   Padding padding = Padding::null_padded;  // text, varying_text
+  std::size_t precision = 0;               // integer, bit_field: bits in use in the file; 0: all
+  std::size_t bit_offset = 0;              // integer, bit_field: of the lowest of them
+  std::optional<RealFormat> format;        // real: in the file, where it is not the standard one
   std::string tag;                         // opaque
   std::vector<EnumName> names;             // enumeration
   std::vector<Member> members;             // compound
@@ -60,6 +66,11 @@ struct Type {
   /// Whether elements hold memory of their own beyond `size` bytes, which the reader must give
   /// back.
   [[nodiscard]] bool has_varying_parts() const;
+  /// Bits that a value has in the file, 64 at most. For integers, bit fields, times and
+  /// enumerations.
+  [[nodiscard]] std::size_t value_bits() const;
+  /// How a real number lies in the file.
+  [[nodiscard]] RealFormat real_format() const;
   /// Elements of an array; 1 for any other type.
   [[nodiscard]] std::uint64_t array_length() const;
 };
@@ -71,12 +82,19 @@ struct Member {
   Type type;
 };
 
+/// Bytes of the machine's integer that holds the file's: 1, 2, 4 or 8.
+std::size_t integer_size_in_memory(std::size_t file_size);
+
 /// The data-type code of a row that holds one element of the type: VARCHAR for all that has none of
 /// its own.
 std::int32_t row_code(const Type& type);
 
 /// The code of a row that lists elements of the numeric type; 0 where there is none.
 std::int32_t list_code(const Type& element);
+
+/// A member's or value's name as statements write it: between double quotes where it is no plain
+/// identifier.
+std::string written_name(const std::string& name);
 
 /// The type in the notation of CREATE DATASET, so that it can be pasted back.
 std::string notation(const Type& type);

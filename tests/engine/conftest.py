@@ -1,7 +1,9 @@
 """Fixtures that the engine's Python tests share."""
 
 import pytest
-from statements import Kelvo
+
+pytest.register_assert_rewrite("statements", "oracle", "notation", "examples")
+from statements import Kelvo  # noqa: E402 -- only what is imported after that is rewritten
 
 
 @pytest.fixture
