@@ -139,9 +139,10 @@ Type parse_bits(Parser& parser, Kind kind) {
   type.kind = kind;
   const std::size_t bits = parse_size(parser, "a number of bits");
   const bool possible = kind == Kind::time ? bits == 32 || bits == 64 : bits % 8 == 0 && bits <= 64;
-  if (!possible)
+  if (!possible) {
     throw StatementError(Status::out_of_range,
                          "No such type has " + std::to_string(bits) + " bits");
+  }
   type.file_size = bits / 8;
   type.size = integer_size_in_memory(type.file_size);
   type.is_signed = kind == Kind::time;
@@ -357,9 +358,10 @@ Type parse_compound(Parser& parser) {
     const bool twice =
         std::any_of(type.members.begin(), type.members.end(),
                     [&member](const Member& other) { return other.name == member.name; });
-    if (twice)
+    if (twice) {
       throw StatementError(Status::out_of_range,
                            "Member " + quoted(member.name) + " stands twice in the compound");
+    }
     member.offset = type.size;
     member.file_offset = type.file_size;
     type.size += member.type.size;
