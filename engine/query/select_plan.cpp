@@ -6,9 +6,11 @@
 
 #include "error.h"
 #include "language/lexer.h"
+#include "query/aggregated.h"
 #include "query/members.h"
 #include "query/projected.h"
 #include "query/query_run.h"
+#include "query/sorted.h"
 
 namespace kelvo {
 namespace {
@@ -75,6 +77,12 @@ Extent times(Extent count, Extent factor) {
   return factor > 0 && count > unlimited / factor ? unlimited : count * factor;
 }
 
+// Rows up to the last that LIMIT and OFFSET let through.
+std::uint64_t wanted_rows(const Query& query) {
+  if (!query.limit) return unlimited;
+  return *query.limit > unlimited - query.offset ? unlimited : *query.limit + query.offset;
+}
+
 // What is not wanted is not read, where it can be told before reading.
 void limit(const Query& query, Scan* scan, Selected* selected) {
   if (!query.limit) return;
@@ -121,12 +129,21 @@ Selected plan_query(Query query, FileHandle file, ElementPlace place, ReferenceN
   const Query& planned = run->query;
   Scan& scan = *run->scan;
   selected.several_items = planned.items.size() > 1;
-  if (planned.is_aggregate() || !planned.order.empty())
-    throw StatementError(Status::not_available, "Aggregates and ORDER BY are not available");
+  if (planned.is_aggregate()) {
+    selected.source = std::make_unique<Aggregated>(std::move(run));
+    if (planned.limit)
+      selected.source =
+          std::make_unique<Limited>(std::move(selected.source), planned.offset, *planned.limit);
+    return selected;
+  }
   run->projection = std::make_unique<Projection>(planned.items, scan, run->scope);
   if (planned.items.size() == 1 && !scan.is_choosy() && planned.order.empty())
     selected.shape = scan.selection().shape;
-  selected.source = std::make_unique<Projected>(std::move(run));
+  if (planned.order.empty()) {
+    selected.source = std::make_unique<Projected>(std::move(run));
+  } else {
+    selected.source = std::make_unique<Sorted>(std::move(run), wanted_rows(planned));
+  }
   limit(planned, &scan, &selected);
   return selected;
 }

@@ -1,0 +1,39 @@
+// The elements that a query selects, in the order that ORDER BY asks for.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "query/element_source.h"
+#include "query/query_run.h"
+#include "query/sorter.h"
+#include "values/pack.h"
+
+namespace kelvo {
+
+class Sorted : public ElementSource {
+ public:
+  /// Only the first `wanted` elements of the order are asked for.
+  Sorted(QueryRunPointer run, std::uint64_t wanted);
+
+  [[nodiscard]] const Type& type() const override { return run_->projection->type(); }
+  bool next(Elements& elements) override;
+
+ private:
+  void read();
+  void add_batch(const Batch& batch, const Mask* selected);
+  void unpack_one(std::string_view payload);
+
+  QueryRunPointer run_;
+  std::vector<OperandPointer> keys_;
+  Sorter sorter_;
+  bool is_varying_;
+  bool is_read_ = false;
+  std::vector<const void*> columns_;  // of the keys of a batch
+  std::string key_;
+  std::string payload_;
+  std::vector<std::byte> bytes_;
+  PartMemory parts_;
+};
+
+}  // namespace kelvo
