@@ -44,8 +44,12 @@ class StatementError : public std::runtime_error {
   std::int32_t position_ = 0;
 };
 
+/// The text without what addresses in it (http, https, s3) hold of secrets: a user's name and
+/// password, and what stands behind "?", where signatures are.
+std::string without_secrets(const std::string& text);
+
 /// `name` as messages show it: between double quotes, control bytes as \xHH so that a message stays
-/// one line.
+/// one line, and without secrets.
 std::string quoted(const std::string& name);
 
 }  // namespace kelvo

@@ -8,7 +8,9 @@
 
 #include "statements/family.h"
 #include "storage/check.h"
+#include "storage/lock.h"
 #include "storage/object.h"
+#include "storage/reach.h"
 
 namespace kelvo {
 namespace {
@@ -16,11 +18,17 @@ namespace {
 // The prompt of the program holds a path of this many bytes and no more.
 constexpr std::size_t longest_group_path = 1022;
 
-void debug_line(const std::string& text) { std::printf("[debug] %s\n", text.c_str()); }
+void debug_line(const std::string& text) {
+  std::printf("[debug] %s\n", without_secrets(text).c_str());
+}
 
 }  // namespace
 
-Session::Session() { silence_hdf5(); }
+Session::Session() {
+  take_over_locking();
+  guard_reach(settings_.file_options, settings_.external_link_prefix);
+  silence_hdf5();
+}
 
 Status Session::execute(const char* statement) {
   status_before_ = status_;
@@ -37,6 +45,9 @@ Status Session::execute(const char* statement) {
   } catch (const StatementError& error) {
     fail(error);
   } catch (const std::bad_alloc&) {
+    fail(StatementError(Status::no_memory, "There is not enough memory for the statement"));
+  } catch (const std::length_error&) {
+    // A size from a damaged file, more than memory could ever hold.
     fail(StatementError(Status::no_memory, "There is not enough memory for the statement"));
   }
   if (status_ != 0) {

@@ -1,6 +1,8 @@
 // Reading the HDF5 library's error stack.
 #include "storage/check.h"
 
+#include <optional>
+
 namespace kelvo {
 namespace {
 
@@ -18,9 +20,26 @@ herr_t append_line(unsigned /*depth*/, const H5E_error2_t* error, void* lines) {
   return 0;
 }
 
+// Ours among the entries of an error stack: these carry a status in the place of a line number.
+hid_t our_error_class() {
+  static const hid_t registered = H5Eregister_class("kelvo", "kelvo", "1");
+  return registered;
+}
+
+herr_t find_left_error(unsigned /*depth*/, const H5E_error2_t* error, void* found) {
+  if (error->cls_id != our_error_class()) return 0;
+  static_cast<std::optional<StatementError>*>(found)->emplace(
+      static_cast<Status>(-static_cast<std::int32_t>(error->line)), error->desc);
+  return 1;
+}
+
 }  // namespace
 
-void silence_hdf5() { H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr); }
+void silence_hdf5() {
+  H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
+  // Now, as registering it clears the error stack.
+  our_error_class();
+}
 
 std::string hdf5_reason() {
   std::string reason;
@@ -29,7 +48,7 @@ std::string hdf5_reason() {
   for (char& byte : reason) {
     if (byte == '\n') byte = ' ';
   }
-  return reason;
+  return without_secrets(reason);
 }
 
 std::string hdf5_error_stack() {
@@ -38,7 +57,19 @@ std::string hdf5_error_stack() {
   return lines;
 }
 
+void leave_error(const StatementError& error) noexcept {
+  H5Epush2(H5E_DEFAULT, "", "kelvo", static_cast<unsigned>(-static_cast<int>(error.status())),
+           our_error_class(), H5E_LINK, H5E_TRAVERSE, "%s", error.what());
+}
+
+void throw_left_error() {
+  std::optional<StatementError> found;
+  H5Ewalk2(H5E_DEFAULT, H5E_WALK_DOWNWARD, find_left_error, &found);
+  if (found) throw StatementError(*found);
+}
+
 void fail_hdf5(const std::string& what) {
+  throw_left_error();
   const std::string reason = hdf5_reason();
   throw StatementError(Status::hdf5_refused, reason.empty() ? what : what + ": " + reason);
 }

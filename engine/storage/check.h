@@ -21,8 +21,16 @@ std::string hdf5_reason();
 /// The whole error stack, outermost call first, one line each; for debug output.
 std::string hdf5_error_stack();
 
+/// Leaves an error of ours on the HDF5 library's error stack, for functions of ours that the
+/// library calls and that cannot throw: the failure of the call that led to them becomes that
+/// error.
+void leave_error(const StatementError& error) noexcept;
+
+/// Throws the error that one of those functions left during the call that failed last, if any did.
+void throw_left_error();
+
 /// Throws `what` (a sentence without its end: "Dataset "/x" cannot be read") with ": reason" behind
-/// it.
+/// it; or the error that was left.
 [[noreturn]] void fail_hdf5(const std::string& what);
 
 /// Each returns its argument unless it reports a failure. `what()` makes the message; it is called

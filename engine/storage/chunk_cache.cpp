@@ -5,6 +5,7 @@
 
 #include "storage/check.h"
 #include "storage/object.h"
+#include "storage/sources.h"
 
 namespace kelvo {
 namespace {
@@ -33,7 +34,7 @@ double band_bytes(hid_t dataset) {
 
 PropertyHandle access_list(const ChunkCache& cache, std::size_t bytes) {
   const auto what = [] { return std::string("The chunk cache cannot be set"); };
-  PropertyHandle list(check_id(H5Pcreate(H5P_DATASET_ACCESS), what));
+  PropertyHandle list = dataset_access();
   check_done(H5Pset_chunk_cache(list.get(), cache.slots, bytes, cache.preemption), what);
   return list;
 }
@@ -48,7 +49,7 @@ DatasetHandle open_with(hid_t file, const std::string& path, hid_t list) {
 
 DatasetHandle open_for_reading(hid_t file, const std::string& path, const ChunkCache& cache) {
   if (!cache.is_default) return open_with(file, path, access_list(cache, cache.bytes).get());
-  DatasetHandle dataset = open_with(file, path, H5P_DEFAULT);
+  DatasetHandle dataset = open_with(file, path, dataset_access().get());
   const double wanted = band_bytes(dataset.get());
   if (wanted <= static_cast<double>(cache.bytes) || wanted > most_bytes) return dataset;
   // The cache of an open dataset cannot be changed: it is closed and opened again.

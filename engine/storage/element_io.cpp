@@ -8,6 +8,7 @@
 #include "storage/check.h"
 #include "storage/datatype.h"
 #include "storage/object.h"
+#include "storage/sources.h"
 
 namespace kelvo {
 namespace {
@@ -59,8 +60,10 @@ bool selects_all(const Selection& selection, const Space& space) {
 }  // namespace
 
 ElementPlace place_of(DatasetHandle dataset, std::string name) {
+  SourcedDataset found = within_reach(std::move(dataset), name);
   ElementPlace place;
-  place.dataset = std::move(dataset);
+  place.sources = std::move(found.sources);
+  place.dataset = std::move(found.dataset);
   place.name = std::move(name);
   const hid_t id = place.dataset.get();
   return described(std::move(place), H5Dget_space(id), H5Dget_type(id));

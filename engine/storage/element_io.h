@@ -14,7 +14,8 @@ namespace kelvo {
 
 /// Where elements are: an open dataset or attribute with what is known about it.
 struct ElementPlace {
-  DatasetHandle dataset;  // one of these two is open
+  std::vector<FileHandle> sources;  // files that the dataset takes data from
+  DatasetHandle dataset;            // one of these two is open
   AttributeHandle attribute;
   std::string name;  // as messages show it: `Dataset "/x"`
   DatatypeHandle file_type;

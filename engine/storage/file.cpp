@@ -1,17 +1,15 @@
-// Opening and making HDF5 files; the causes of a failed open are told apart here.
+// Opening and making HDF5 files.
 #include "storage/file.h"
 
-#include <unistd.h>
-
-#include <array>
-#include <cerrno>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
-#include <string_view>
 #include <system_error>
 
 #include "storage/check.h"
+#include "storage/family.h"
+#include "storage/file_causes.h"
+#include "storage/lock.h"
+#include "storage/remote.h"
 
 namespace kelvo {
 namespace {
@@ -20,107 +18,76 @@ namespace fs = std::filesystem;
 
 std::string cannot_set_up() { return "File access cannot be set up"; }
 
-PropertyHandle file_access(Access access, const FileOptions& options) {
+PropertyHandle file_access(const FileOptions& options) {
   PropertyHandle list(check_id(H5Pcreate(H5P_FILE_ACCESS), cannot_set_up));
-  // STRONG: closing the file closes what is still open in it, so that a file is really closed when
-  // we say so.
-  check_done(H5Pset_fclose_degree(list.get(), H5F_CLOSE_STRONG), cannot_set_up);
+  // The library's own choice when it opens a virtual dataset's source: with any other it could not
+  // share a file with us, and would take that for a source that is not there.
+  check_done(H5Pset_fclose_degree(list.get(), H5F_CLOSE_WEAK), cannot_set_up);
   check_done(H5Pset_libver_bounds(list.get(), options.low, options.high), cannot_set_up);
-  if (access == Access::read)
-    check_done(H5Pset_file_locking(list.get(), false, true), cannot_set_up);
   return list;
 }
 
-[[noreturn]] void refuse(Status status, const std::string& path, const std::string& why) {
-  throw StatementError(status, "File " + quoted(path) + " " + why);
-}
-
-[[noreturn]] void refuse_errno(const std::string& path, Access access, int error) {
-  const std::string verb =
-      access == Access::read ? "cannot be opened: " : "cannot be opened for writing: ";
-  refuse(Status::host_refused, path, verb + std::strerror(error));
-}
-
-// What the host alone can say, before the HDF5 library is asked.
-void check_host_file(const std::string& path, Access access) {
+// With the directory as it really is, so that what the file names is looked for beside the file
+// itself, not beside a symbolic link to it.
+std::string real_path(const std::string& path) {
   std::error_code error;
-  const fs::file_status status = fs::status(path, error);
-  if (status.type() == fs::file_type::not_found)
-    refuse(Status::does_not_exist, path, "does not exist");
-  if (error) refuse_errno(path, access, error.value());
-  if (fs::is_directory(status))
-    refuse(Status::wrong_kind, path, "is a directory (SHOW FILE lists the files in it)");
-  if (::access(path.c_str(), access == Access::read ? R_OK : R_OK | W_OK) != 0)
-    refuse_errno(path, access, errno);
+  const fs::path real = fs::canonical(path, error);
+  return error ? path : real.string();
 }
 
-std::uint64_t number_behind(const std::string& text, std::string_view key) {
-  const std::size_t at = text.find(key);
-  return at == std::string::npos ? 0 : std::strtoull(text.c_str() + at + key.size(), nullptr, 10);
+// Opens a family by its pattern, and what is wrong with it shows in its first member.
+FileHandle open_family(const std::string& path, Access access, hid_t list) {
+  const unsigned flags = access == Access::read ? H5F_ACC_RDONLY : H5F_ACC_RDWR;
+  check_done(H5Pset_fapl_family(list, H5F_FAMILY_DEFAULT, H5P_DEFAULT), cannot_set_up);
+  const fs::path directory = real_path(fs::path(path).parent_path().string());
+  const std::string real = (directory / fs::path(path).filename()).string();
+  if (access == Access::write && is_locked(family_member(path, 0))) fail_locked(path);
+  FileHandle file(H5Fopen(family_format(real).c_str(), flags, list));
+  if (!file) fail_open(path, family_member(path, 0));
+  if (access == Access::write && !lock_open_file(file.get())) fail_locked(path);
+  return file;
 }
 
-std::string truncation(const std::string& reason) {
-  const std::uint64_t size = number_behind(reason, "eof = ");
-  const std::uint64_t stored = number_behind(reason, "stored_eof = ");
-  return "is truncated: it has " + std::to_string(size) + " of " + std::to_string(stored) +
-         " bytes; copy it again from its source";
+FileHandle open_host_file(const std::string& path, Access access, hid_t list) {
+  const unsigned flags = access == Access::read ? H5F_ACC_RDONLY : H5F_ACC_RDWR;
+  const std::string real = real_path(path);
+  // Asked before the library opens the file, since that writes a mark into it already.
+  if (access == Access::write && is_locked(real)) fail_locked(path);
+  FileHandle file(H5Fopen(real.c_str(), flags, list));
+  if (!file) fail_open(path, path);
+  if (access == Access::write && !lock_open_file(file.get())) fail_locked(path);
+  return file;
 }
 
-// The HDF5 library tells its causes apart only in its words; these are the ones that have a way out
-// of their own.
-struct Cause {
-  std::string_view words;
-  Status status;
-  std::string_view why;
-};
-
-constexpr std::array<Cause, 7> causes = {{
-    {"file signature not found", Status::hdf5_refused, "is not an HDF5 file"},
-    {"already open for write", Status::hdf5_refused,
-     "is still open for writing, or was left open by a program that crashed (wait for its writer, "
-     "or clear the mark with "
-     "h5clear -s)"},
-    {"already open for read-only", Status::hdf5_refused,
-     "is open for reading in this program; close it there first"},
-    {"unable to lock file", Status::hdf5_refused,
-     "is locked by another program; try again when that has closed it"},
-    {"bad superblock version", Status::not_available,
-     "was made by a newer HDF5 library; update the one in use"},
-    {"superblock extension", Status::hdf5_refused,
-     "is damaged in its superblock; restore it from a copy"},
-    {"checksum", Status::hdf5_refused, "is damaged (a checksum is wrong); restore it from a copy"},
-}};
-
-[[noreturn]] void diagnose(const std::string& path) {
-  const std::string reason = hdf5_reason();
-  const std::string stack = hdf5_error_stack();
-  if (stack.find("truncated file") != std::string::npos) {
-    refuse(Status::hdf5_refused, path, truncation(stack));
-  }
-  for (const Cause& cause : causes) {
-    if (stack.find(cause.words) != std::string::npos)
-      refuse(cause.status, path, std::string(cause.why));
-  }
-  refuse(Status::hdf5_refused, path, "cannot be opened: " + reason);
-}
-
-[[noreturn]] void refuse_creation(const std::string& path, int error) {
-  refuse(Status::host_refused, path, std::string("cannot be created: ") + std::strerror(error));
-}
-
-// HDF5's own message for a failed creation hides the host's reason, so the host is asked first.
-void check_creatable(const std::string& path) {
-  const fs::path directory = fs::path(path).parent_path();
+FileHandle open_local(const std::string& path, Access access, hid_t list) {
   std::error_code error;
-  if (fs::is_directory(path, error)) refuse(Status::wrong_kind, path, "is a directory");
-  if (!fs::is_directory(directory, error))
-    refuse_creation(path, fs::exists(directory, error) ? ENOTDIR : ENOENT);
-  if (::access(directory.c_str(), W_OK | X_OK) != 0) refuse_creation(path, errno);
+  if (is_family(path) && !fs::exists(path, error)) {
+    const std::string first = family_member(path, 0);
+    if (fs::exists(first, error)) {
+      check_host_file(first, access);
+      return open_family(path, access, list);
+    }
+  }
+  check_host_file(path, access);
+  return open_host_file(path, access, list);
+}
+
+FileHandle open_remote(const std::string& address, Access access, hid_t list) {
+  if (access == Access::write) {
+    throw StatementError(Status::host_refused, "File " + quoted(address) +
+                                                   " is remote and cannot be written (copy it to "
+                                                   "this machine)");
+  }
+  const std::string place = prepare_remote(address, list);
+  FileHandle file(H5Fopen(place.c_str(), H5F_ACC_RDONLY, list));
+  if (!file) fail_open(address, "");
+  return file;
 }
 
 }  // namespace
 
 std::string host_path(const std::string& file) {
+  if (is_remote(file)) return file;
   std::string path = file;
   if (path.starts_with("~/")) {
     const char* home =
@@ -133,22 +100,25 @@ std::string host_path(const std::string& file) {
 }
 
 FileHandle open_file(const std::string& path, Access access, const FileOptions& options) {
-  check_host_file(path, access);
-  const PropertyHandle list = file_access(access, options);
-  const unsigned flags = access == Access::read ? H5F_ACC_RDONLY : H5F_ACC_RDWR;
-  FileHandle file(H5Fopen(path.c_str(), flags, list.get()));
-  if (!file) diagnose(path);
-  return file;
+  const PropertyHandle list = file_access(options);
+  return is_remote(path) ? open_remote(path, access, list.get())
+                         : open_local(path, access, list.get());
 }
 
 void create_file(const std::string& path, bool replace, const FileOptions& options) {
+  if (is_remote(path)) {
+    throw StatementError(Status::host_refused,
+                         "File " + quoted(path) + " is remote and cannot be created");
+  }
   std::error_code error;
   if (!replace && fs::exists(fs::symlink_status(path, error))) {
-    refuse(Status::exists_already, path, "already exists (CREATE OR REPLACE FILE replaces it)");
+    throw StatementError(
+        Status::exists_already,
+        "File " + quoted(path) + " already exists (CREATE OR REPLACE FILE replaces it)");
   }
   check_creatable(path);
   const std::string made = replace ? path + ".kelvo-new" : path;
-  const PropertyHandle list = file_access(Access::write, options);
+  const PropertyHandle list = file_access(options);
   FileHandle file(
       H5Fcreate(made.c_str(), replace ? H5F_ACC_TRUNC : H5F_ACC_EXCL, H5P_DEFAULT, list.get()));
   const auto what = [&path] { return "File " + quoted(path) + " cannot be created"; };
@@ -162,13 +132,34 @@ void create_file(const std::string& path, bool replace, const FileOptions& optio
   if (error) {
     const int cause = error.value();
     fs::remove(made, error);
-    refuse_creation(path, cause);
+    fail_creation(path, cause);
   }
 }
 
 bool is_hdf5_file(const std::string& path) {
-  std::error_code error;
-  return fs::is_regular_file(path, error) && H5Fis_hdf5(path.c_str()) > 0;
+  try {
+    open_file(path, Access::read, {});
+    return true;
+  } catch (const StatementError&) {
+    return false;
+  }
+}
+
+std::string file_name(hid_t object) {
+  const auto what = [] { return std::string("The name of a file cannot be read"); };
+  const ssize_t length = H5Fget_name(object, nullptr, 0);
+  if (length < 0) fail_hdf5(what());
+  std::string name(static_cast<std::size_t>(length), '\0');
+  H5Fget_name(object, name.data(), name.size() + 1);
+  return name;
+}
+
+Access access_of(hid_t object) {
+  const auto what = [] { return std::string("How a file is open cannot be read"); };
+  const FileHandle file(check_id(H5Iget_file_id(object), what));
+  unsigned intent = 0;
+  check_done(H5Fget_intent(file.get(), &intent), what);
+  return (intent & H5F_ACC_RDWR) != 0 ? Access::write : Access::read;
 }
 
 }  // namespace kelvo

@@ -16,19 +16,24 @@ struct FileOptions {
 };
 
 /// The host path that a user's file word means: a leading "~/" is the home directory, and the
-/// result is absolute.
+/// result is absolute. An address (http, https, s3) stays as it is.
 std::string host_path(const std::string& file);
 
-/// Opens an existing file. Readers take no lock, so that they never stand in a writer's way;
-/// writers take HDF5's. Throws StatementError that tells the causes apart, each with the way out.
+/// Opens an existing file: a host file, a family by its pattern ("run%d.h5"), or an address.
+/// Readers take no lock, so that they never stand in a writer's way; writers take HDF5's. Throws
+/// StatementError that tells the causes apart, each with the way out.
 FileHandle open_file(const std::string& path, Access access, const FileOptions& options);
 
 /// Makes a new, empty file. With `replace` an existing one is replaced in one step, only once the
 /// new one is whole.
 void create_file(const std::string& path, bool replace, const FileOptions& options);
 
-/// Whether the path names a file that HDF5 can open. Never throws for one that is not there or not
-/// readable.
+/// Whether open_file can open it for reading. Throws nothing.
 bool is_hdf5_file(const std::string& path);
+
+/// Of the file that an object (or the file itself) is in: its real path or address, and what it is
+/// open for.
+std::string file_name(hid_t object);
+Access access_of(hid_t object);
 
 }  // namespace kelvo

@@ -54,8 +54,20 @@ bool way_exists(hid_t file, const std::string& path) {
                                                with_article(wanted));
 }
 
+// Throws what kept a link from being followed, where that is more than that its object is missing.
+void explain_dangling(hid_t file, const std::string& path) {
+  H5O_info_t info;
+  if (H5Oget_info_by_name2(file, path.c_str(), &info, H5O_INFO_BASIC, H5P_DEFAULT) < 0)
+    throw_left_error();
+}
+
+bool leads_nowhere(ObjectKind kind) {
+  return kind == ObjectKind::none || kind == ObjectKind::dangling_link;
+}
+
 void expect_kind(hid_t file, const std::string& path, ObjectKind wanted) {
   const ObjectKind found = kind_at(file, path);
+  if (leads_nowhere(found)) explain_dangling(file, path);
   if (found != wanted) fail_missing(wanted, found, path);
 }
 
@@ -150,10 +162,19 @@ bool is_external_link(hid_t file, const std::string& path) {
 
 ObjectHandle open_object(hid_t file, const std::string& path) {
   const ObjectKind found = kind_at(file, path);
-  if (found == ObjectKind::none || found == ObjectKind::dangling_link)
+  if (leads_nowhere(found)) {
+    explain_dangling(file, path);
     fail_missing(ObjectKind::none, found, path);
+  }
   return ObjectHandle(check_id(H5Oopen(file, path.c_str(), H5P_DEFAULT),
                                [&path] { return "Object " + quoted(path) + " cannot be opened"; }));
+}
+
+std::string object_path(hid_t object) {
+  const ssize_t length = H5Iget_name(object, nullptr, 0);
+  std::string path(static_cast<std::size_t>(std::max<ssize_t>(0, length)), '\0');
+  H5Iget_name(object, path.data(), path.size() + 1);
+  return path;
 }
 
 bool has_attribute(hid_t object, const std::string& name) {

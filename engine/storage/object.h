@@ -52,6 +52,10 @@ bool is_external_link(hid_t file, const std::string& path);
 /// Opens a group, dataset or committed data type.
 ObjectHandle open_object(hid_t file, const std::string& path);
 
+/// The path by which an object was opened, in the file that it is in; "" where it was not by a
+/// path.
+std::string object_path(hid_t object);
+
 bool has_attribute(hid_t object, const std::string& name);
 AttributeHandle open_attribute(hid_t object, const std::string& path, const std::string& name);
 
