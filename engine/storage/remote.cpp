@@ -26,6 +26,10 @@ constexpr std::array<std::string_view, 3> schemes = {"http://", "https://", "s3:
   throw StatementError(status, "File " + quoted(address) + " " + why);
 }
 
+[[noreturn]] void refuse_empty(const std::string& address) {
+  refuse(Status::hdf5_refused, address, "is not an HDF5 file: it is empty");
+}
+
 std::string environment(const char* name) {
   const char* value = std::getenv(name);  // NOLINT(concurrency-mt-unsafe): one thread
   return value == nullptr ? "" : value;
@@ -78,15 +82,19 @@ void copy_setting(const std::string& value, char (&to)[size], const char* name) 
 struct Reply {
   CURLcode result = CURLE_OK;
   long status = 0;
+  std::size_t received = 0;  // bytes
   std::string moved_to;
 };
 
-// A server that does not know ranges would send the whole file.
+// More than the page that comes with a refusal; a server that does not know ranges would send the
+// whole file.
+constexpr std::size_t surplus_bytes = std::size_t{64} * 1024;
+
 std::size_t stop_at_surplus(const char* /*data*/, std::size_t size, std::size_t count,
                             void* received) {
   auto& bytes = *static_cast<std::size_t*>(received);
   bytes += size * count;
-  return bytes > 1 ? 0 : size * count;
+  return bytes > surplus_bytes ? 0 : size * count;
 }
 
 Reply ask_for_first_byte(const std::string& address) {
@@ -99,7 +107,6 @@ Reply ask_for_first_byte(const std::string& address) {
     return reply;
   }
   CURL* const curl = request.get();
-  std::size_t received = 0;
   curl_easy_setopt(curl, CURLOPT_URL, address.c_str());
   curl_easy_setopt(curl, CURLOPT_PROTOCOLS_STR, "http,https");
   curl_easy_setopt(curl, CURLOPT_RANGE, "0-0");
@@ -108,7 +115,7 @@ Reply ask_for_first_byte(const std::string& address) {
   curl_easy_setopt(curl, CURLOPT_LOW_SPEED_LIMIT, 1L);
   curl_easy_setopt(curl, CURLOPT_LOW_SPEED_TIME, connect_seconds);
   curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, stop_at_surplus);
-  curl_easy_setopt(curl, CURLOPT_WRITEDATA, &received);
+  curl_easy_setopt(curl, CURLOPT_WRITEDATA, &reply.received);
   reply.result = curl_easy_perform(curl);
   curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &reply.status);
   const char* location = nullptr;
@@ -129,6 +136,7 @@ void check_server(const std::string& address) {
       refuse(Status::host_refused, address,
              std::string("cannot be opened: ") + curl_easy_strerror(reply.result));
     case 200:
+      if (reply.received == 0) refuse_empty(address);
       refuse(Status::host_refused, address,
              "cannot be opened: its server does not deliver parts of files (range requests); copy "
              "the file to this machine");
@@ -136,7 +144,7 @@ void check_server(const std::string& address) {
     case 410:
       refuse(Status::does_not_exist, address, "does not exist (" + answered + ")");
     case 416:
-      refuse(Status::hdf5_refused, address, "is not an HDF5 file: it is empty");
+      refuse_empty(address);
     default:
       break;
   }

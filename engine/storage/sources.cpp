@@ -24,6 +24,14 @@ constexpr const char* own_directory = "${ORIGIN}";            // the HDF5 librar
 
 std::string cannot_open(const std::string& shown) { return shown + " cannot be opened"; }
 
+// The HDF5 library would look for what a remote file names on this machine.
+void check_not_remote(hid_t dataset, const std::string& name, const Namer& namer) {
+  if (!is_remote(file_name(dataset))) return;
+  throw StatementError(Status::not_available, namer.shown + " takes data from " + quoted(name) +
+                                                  ", which is not followed from a remote file; "
+                                                  "copy both to this machine");
+}
+
 // --- external raw data ---
 
 std::string raw_file_name(hid_t creation, unsigned index, const std::string& shown) {
@@ -44,13 +52,16 @@ bool is_below_prefix(hid_t creation, const std::string& shown) {
          fs::exists(fs::path(reach_prefix()) / raw_file_name(creation, 0, shown), error);
 }
 
-void check_raw_files(hid_t creation, unsigned count, const fs::path& folder, const Namer& namer) {
+void check_raw_files(hid_t dataset, hid_t creation, const fs::path& folder, const Namer& namer) {
+  const auto count = static_cast<unsigned>(H5Pget_external_count(creation));
+  check_not_remote(dataset, raw_file_name(creation, 0, namer.shown), namer);
   for (unsigned i = 0; i < count; ++i)
     check_named((folder / raw_file_name(creation, i, namer.shown)).string(), namer);
 }
 
 // For a source of a virtual dataset it looks in the working directory, whatever it is told.
-void check_found_raw_files(hid_t creation, unsigned count, const Namer& namer) {
+void check_found_raw_files(hid_t creation, const Namer& namer) {
+  const auto count = static_cast<unsigned>(H5Pget_external_count(creation));
   std::error_code error;
   if (fs::equivalent(fs::current_path(error), namer.folder, error)) return;
   for (unsigned i = 0; i < count; ++i) {
@@ -165,12 +176,7 @@ bool SourceWalk::check_source(hid_t dataset, const std::string& file, const std:
       check_id(H5Iget_file_id(dataset), [&namer] { return cannot_open(namer.shown); }));
   hid_t source_file = own_file.get();
   if (file != "." && !file.empty()) {
-    if (is_remote(file_name(dataset))) {
-      throw StatementError(Status::not_available,
-                           namer.shown + " takes data from " + quoted(file) +
-                               ", which is not followed from a remote file; copy both to this "
-                               "machine");
-    }
+    check_not_remote(dataset, file, namer);
     const std::string found = find_named(file, namer, Fallback::working_directory);
     if (found.empty()) return false;
     source_file = open_once(found, access_of(dataset));
@@ -192,11 +198,10 @@ void SourceWalk::check_found(hid_t source, const std::string& shown) {
     check_virtual(source, creation.get(), shown);
     return;
   }
-  const int raw_files = H5Pget_external_count(creation.get());
-  if (raw_files <= 0) return;
+  if (H5Pget_external_count(creation.get()) <= 0) return;
   const Namer namer = namer_of(source, shown);
-  check_raw_files(creation.get(), static_cast<unsigned>(raw_files), namer.folder, namer);
-  check_found_raw_files(creation.get(), static_cast<unsigned>(raw_files), namer);
+  check_raw_files(source, creation.get(), namer.folder, namer);
+  check_found_raw_files(creation.get(), namer);
 }
 
 hid_t SourceWalk::open_once(const std::string& path, Access access) {
@@ -243,12 +248,11 @@ SourcedDataset within_reach(DatasetHandle dataset, const std::string& shown) {
   const char* raw_data = own_directory;
   if (H5Pget_layout(creation.get()) == H5D_VIRTUAL) {
     SourceWalk(result.sources).check_virtual(dataset.get(), creation.get(), shown);
-  } else if (const int count = H5Pget_external_count(creation.get()); count > 0) {
+  } else if (H5Pget_external_count(creation.get()) > 0) {
     const Namer namer = namer_of(dataset.get(), shown);
     const bool prefixed = is_below_prefix(creation.get(), shown);
     if (prefixed) raw_data = reach_prefix().c_str();
-    check_raw_files(creation.get(), static_cast<unsigned>(count),
-                    prefixed ? reach_prefix() : namer.folder, namer);
+    check_raw_files(dataset.get(), creation.get(), prefixed ? reach_prefix() : namer.folder, namer);
   } else {
     result.dataset = std::move(dataset);
     return result;
