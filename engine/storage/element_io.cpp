@@ -21,6 +21,8 @@ std::string cannot_read(const ElementPlace& place) { return place.name + " canno
 // A missing filter is the one failure whose cause the HDF5 library words differently for each
 // filter.
 [[noreturn]] void fail_read(const ElementPlace& place) {
+  throw_left_error();
+  const std::string reason = hdf5_reason();  // now: the questions that follow clear it
   const PropertyHandle creation(place.dataset ? H5Dget_create_plist(place.dataset.get())
                                               : H5I_INVALID_HID);
   const int filters = creation ? H5Pget_nfilters(creation.get()) : 0;
@@ -33,7 +35,8 @@ std::string cannot_read(const ElementPlace& place) { return place.name + " canno
     throw StatementError(Status::hdf5_refused, cannot_read(place) + ": filter " +
                                                    std::to_string(filter) + " is not available");
   }
-  fail_hdf5(cannot_read(place));
+  throw StatementError(Status::hdf5_refused,
+                       cannot_read(place) + (reason.empty() ? "" : ": " + reason));
 }
 
 ElementPlace described(ElementPlace place, hid_t space, hid_t file_type) {
