@@ -59,8 +59,9 @@ void start_block(const Type& type, Block& block) {
 // Of rank 2 and more, numbers are shown a line of the last dimension at a time, so that a matrix
 // looks like a matrix.
 std::size_t line_length(const Selected& selected) {
-  const bool lines = selected.source->type().is_numeric() && selected.shape.size() >= 2;
-  return lines ? static_cast<std::size_t>(selected.shape.back()) : 0;
+  const bool lines =
+      selected.source->type().is_numeric() && selected.shape && selected.shape->size() >= 2;
+  return lines ? static_cast<std::size_t>(selected.shape->back()) : 0;
 }
 
 ElementRows::ElementRows(Selected selected)

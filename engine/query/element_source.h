@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,9 +43,10 @@ class ElementSource {
 struct Selected {
   std::unique_ptr<ElementSource> source;
   bool several_items = false;  // then the members are columns, not one compound value
-  /// The extents of the result, where it has the shape of what it is taken from; else none, and its
-  /// elements are one row each.
-  std::vector<Extent> shape;
+  std::string label;           // of the only item: its column's name
+  /// The extents of the result, where it has the shape of what it is taken from; else its elements
+  /// are one row each.
+  std::optional<std::vector<Extent>> shape;
   ReferenceNamer namer;
 };
 

@@ -7,6 +7,7 @@
 #include "error.h"
 #include "language/lexer.h"
 #include "query/aggregated.h"
+#include "query/element_rows.h"
 #include "query/members.h"
 #include "query/projected.h"
 #include "query/query_run.h"
@@ -86,19 +87,17 @@ std::uint64_t wanted_rows(const Query& query) {
 // What is not wanted is not read, where it can be told before reading.
 void limit(const Query& query, Scan* scan, Selected* selected) {
   if (!query.limit) return;
-  // A row of numbers in several dimensions is a line of the last.
-  const bool lines = selected->shape.size() >= 2 && selected->source->type().is_numeric();
-  const Extent row = lines ? selected->shape.back() : 1;
+  const std::size_t line = line_length(*selected);
+  const Extent row = line > 0 ? line : 1;
   Extent offset = times(query.offset, row);
   const Extent count = times(*query.limit, row);
   if (!scan->is_choosy() && query.order.empty())
     scan->select(cut(scan->selection(), &offset, count));
-  const Extent elements = scan->selection().elements();
-  if (lines && row > 0) {
-    selected->shape = {(elements - std::min(offset, elements)) / row, row};
-    selected->shape[0] = std::min<Extent>(selected->shape[0], *query.limit);
-  } else {
-    selected->shape.clear();
+  selected->shape.reset();
+  if (line > 0) {
+    const Extent elements = scan->selection().elements();
+    const Extent rows = (elements - std::min(offset, elements)) / row;
+    selected->shape = {std::min<Extent>(rows, *query.limit), row};
   }
   selected->source = std::make_unique<Limited>(std::move(selected->source), offset, count);
 }
@@ -129,6 +128,7 @@ Selected plan_query(Query query, FileHandle file, ElementPlace place, ReferenceN
   const Query& planned = run->query;
   Scan& scan = *run->scan;
   selected.several_items = planned.items.size() > 1;
+  selected.label = planned.items[0].label;
   if (planned.is_aggregate()) {
     selected.source = std::make_unique<Aggregated>(std::move(run));
     if (planned.limit)
