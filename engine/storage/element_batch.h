@@ -1,0 +1,29 @@
+// The elements of one box of a dataset, or of a whole attribute, in memory: what copying reads,
+// changes and writes.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "storage/element_io.h"
+
+namespace kelvo {
+
+class ElementBatch {
+ public:
+  /// Reads the elements; an attribute's whole. `place` must outlive the batch.
+  ElementBatch(const ElementPlace& place, const Selection& box);
+  ElementBatch(const ElementBatch&) = delete;
+  ElementBatch& operator=(const ElementBatch&) = delete;
+  ~ElementBatch();
+
+  [[nodiscard]] std::byte* data() noexcept { return bytes_.data(); }
+  [[nodiscard]] std::size_t count() const noexcept { return static_cast<std::size_t>(count_); }
+
+ private:
+  const ElementPlace& place_;
+  hsize_t count_;
+  std::vector<std::byte> bytes_;
+};
+
+}  // namespace kelvo
