@@ -107,36 +107,41 @@ std::string Parser::expect_path(std::string_view what) {
   return take().text;
 }
 
-ObjectName Parser::object_rest(ObjectName object) {
-  if (accept_symbol("@")) {
-    // Any word may be an attribute's name here: nothing else can stand behind the "@".
-    const TokenKind kind = peek().kind;
-    if ((kind != TokenKind::word && kind != TokenKind::quoted_name) || peek().text.empty()) {
-      fail_expected("the name of an attribute");
-    }
-    object.attribute = take().text;
+void Parser::attribute_rest(ObjectName* object) {
+  if (!accept_symbol("@")) return;
+  // Any word may be an attribute's name here: nothing else can stand behind the "@".
+  const TokenKind kind = peek().kind;
+  if ((kind != TokenKind::word && kind != TokenKind::quoted_name) || peek().text.empty()) {
+    fail_expected("the name of an attribute");
   }
+  object->attribute = take().text;
+}
+
+ObjectName Parser::file_rest(ObjectName object) {
   if (accept_keyword("IN")) object.file = expect_path("a file");
   return object;
 }
 
-ObjectName Parser::expect_object(std::string_view what) {
+ObjectName Parser::expect_place(std::string_view what) {
   ObjectName object;
   if (!peek().is_symbol("@")) object.path = expect_path(what);
-  return object_rest(std::move(object));
+  attribute_rest(&object);
+  return object;
 }
+
+ObjectName Parser::expect_object(std::string_view what) { return file_rest(expect_place(what)); }
 
 ObjectName Parser::optional_object() {
   ObjectName object;
   if (at_path()) object.path = expect_path("an object");
-  return object_rest(std::move(object));
+  attribute_rest(&object);
+  return file_rest(std::move(object));
 }
 
 ObjectName Parser::expect_attribute() {
-  ObjectName object;
-  if (!peek().is_symbol("@")) object.path = expect_path("an attribute (object@name)");
-  if (!peek().is_symbol("@")) fail_expected("\"@\" and the name of an attribute");
-  return object_rest(std::move(object));
+  ObjectName object = expect_place("an attribute (object@name)");
+  if (!object.attribute) fail_expected("\"@\" and the name of an attribute");
+  return object;
 }
 
 std::string Parser::expect_string(std::string_view what) {

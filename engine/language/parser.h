@@ -49,11 +49,13 @@ class Parser {
   std::string expect_path(std::string_view what);
   bool at_path();
 
+  /// An object or an attribute of the file in use.
+  ObjectName expect_place(std::string_view what);
   /// An object, an attribute, or either of them with IN file.
   ObjectName expect_object(std::string_view what);
   /// The same where it may be left out: then everything in it is empty, though IN may still follow.
   ObjectName optional_object();
-  /// An attribute "object@name" or "@name".
+  /// An attribute "object@name" or "@name", without IN.
   ObjectName expect_attribute();
 
   std::string expect_string(std::string_view what);
@@ -64,7 +66,8 @@ class Parser {
   [[noreturn]] void fail_expected(std::string_view what, Mode mode = Mode::words);
 
  private:
-  ObjectName object_rest(ObjectName object);
+  void attribute_rest(ObjectName* object);
+  ObjectName file_rest(ObjectName object);
 
   std::string_view statement_;
   std::size_t offset_ = 0;  // of the first byte not consumed

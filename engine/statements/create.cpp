@@ -1,4 +1,4 @@
-// CREATE: files, groups, datasets and attributes.
+// CREATE: directories, files, groups, datasets, attributes and links.
 #include <array>
 #include <optional>
 #include <string>
@@ -7,9 +7,11 @@
 #include "error.h"
 #include "language/dimensions.h"
 #include "language/literal.h"
+#include "language/storage_options.h"
 #include "language/type_notation.h"
 #include "session.h"
 #include "statements/family.h"
+#include "statements/names.h"
 #include "statements/values.h"
 #include "storage/check.h"
 #include "storage/creation.h"
@@ -21,16 +23,25 @@ namespace {
 
 bool accept_if_not_exists(Parser& parser) { return parser.accept_keyword("IF NOT EXISTS"); }
 
+// --- on the host ---
+
+Answer create_directory_statement(Parser& parser, Session& /*session*/) {
+  const bool optional = accept_if_not_exists(parser);
+  const std::string path = parse_host_name(parser, "a directory").path;
+  parser.expect_end();
+  if (optional && is_on_host(path, HostKind::directory)) return nullptr;
+  expect_free_on_host(path, HostKind::directory);
+  create_directory(path);
+  return nullptr;
+}
+
 Answer make_file(Parser& parser, Session& session, bool replace) {
   const bool optional = !replace && accept_if_not_exists(parser);
   const std::string path = host_path(parser.expect_path("a file"));
   parser.expect_end();
-  if (session.is_in_use(path)) {
-    throw StatementError(Status::exists_already,
-                         "File " + quoted(path) + " is in use (CLOSE FILE closes it)");
-  }
-  if (!(optional && is_hdf5_file(path)))
-    create_file(path, replace, session.settings().file_options);
+  if (optional && is_hdf5_file(path)) return nullptr;
+  if (replace) refuse_file_in_use(session, path);
+  create_file(path, replace, session.settings().file_options);
   return nullptr;
 }
 
@@ -41,74 +52,170 @@ Answer replace_file_statement(Parser& parser, Session& session) {
   return make_file(parser, session, true);
 }
 
+// --- in a file ---
+
+// Whether there is nothing to do, since IF NOT EXISTS was said and it does. Throws where it cannot
+// be created.
+bool exists_already(const Target& target, NameKind kind, bool optional) {
+  if (optional && is_there(target.file, target.path, kind)) return true;
+  expect_creatable(target.file, target.path, kind);
+  return false;
+}
+
 Answer create_group_statement(Parser& parser, Session& session) {
   const bool optional = accept_if_not_exists(parser);
-  ObjectName name;
-  name.path = parser.expect_path("a group");
+  const ObjectName name = parse_object(parser, "a group");
   const bool tracked = parser.accept_keyword("TRACK ORDER");
   parser.expect_end();
   const Target target = session.find(name, Access::write);
-  if (optional && kind_at(target.file, target.path) == ObjectKind::group) return nullptr;
-  expect_free(target.file, target.path, "Group");
+  if (exists_already(target, NameKind::group, optional)) return nullptr;
+  CreationUndo undo(target.file, target.path);
   create_group(target.file, target.path, tracked);
+  undo.keep();
   return nullptr;
 }
 
 struct NewElements {
   Type type;
   Space space;
+  StorageOptions options;  // of a dataset
   std::optional<std::vector<Literal>> values;
 };
 
-NewElements parse_new_elements(Parser& parser) {
+NewElements parse_new_elements(Parser& parser, bool is_dataset) {
   NewElements made;
   made.type = parse_type(parser);
   made.space = parse_optional_dimensions(parser);
-  if (parser.accept_keyword("VALUES")) made.values = parse_value_list(parser);
-  parser.expect_end(made.values ? Mode::expression : Mode::words);
+  if (is_dataset) made.options = parse_storage_options(parser);
+  if (parser.accept_keyword("VALUES")) {
+    made.values = parse_value_list(parser);
+    parser.expect_end(Mode::expression);
+  } else if (parser.peek().kind != TokenKind::end) {
+    parser.fail_expected(is_dataset ? "an option, VALUES or the end of the statement"
+                                    : "VALUES or the end of the statement");
+  }
   return made;
+}
+
+// One value for all stays one element, which is written in blocks.
+std::optional<EncodedElements> encode_new(const NewElements& made) {
+  if (!made.values) return std::nullopt;
+  const bool for_all = made.values->size() == 1;
+  return encode_values(made.type, *made.values, for_all ? 1 : made.space.elements());
 }
 
 Answer create_dataset_statement(Parser& parser, Session& session) {
   const bool optional = accept_if_not_exists(parser);
-  ObjectName name;
-  name.path = parser.expect_path("a dataset");
-  const NewElements made = parse_new_elements(parser);
+  const ObjectName name = parse_object(parser, "a dataset");
+  const NewElements made = parse_new_elements(parser, true);
   const Target target = session.find(name, Access::write);
-  if (optional && kind_at(target.file, target.path) == ObjectKind::dataset) return nullptr;
-  expect_free(target.file, target.path, "Dataset");
-  std::optional<EncodedElements> elements;
-  if (made.values) elements = encode_values(made.type, *made.values, made.space.elements());
-  DatasetHandle dataset = create_dataset(target.file, target.path, made.type, made.space);
-  if (elements)
-    write_whole(place_of(std::move(dataset), "Dataset " + quoted(target.path)), *elements);
+  if (exists_already(target, NameKind::dataset, optional)) return nullptr;
+  const std::optional<EncodedElements> elements = encode_new(made);
+  CreationUndo undo(target.file, target.path);
+  DatasetHandle dataset =
+      create_dataset(target.file, target.path, made.type, made.space, made.options);
+  if (elements) {
+    const ElementPlace place = place_of(std::move(dataset), "Dataset " + quoted(target.path));
+    elements->count() == 1 ? write_everywhere(place, elements->data())
+                           : write_whole(place, *elements);
+  }
+  undo.keep();
   return nullptr;
 }
 
 Answer create_attribute_statement(Parser& parser, Session& session) {
   const bool optional = accept_if_not_exists(parser);
   const ObjectName name = parser.expect_attribute();
-  const NewElements made = parse_new_elements(parser);
+  const NewElements made = parse_new_elements(parser, false);
   const Target target = session.find(name, Access::write);
   const ObjectHandle object = open_object(target.file, target.path);
-  if (has_attribute(object.get(), *target.attribute)) {
-    if (optional) return nullptr;
-    throw StatementError(Status::exists_already,
-                         "Attribute " + quoted(target.shown()) + " already exists");
-  }
-  std::optional<EncodedElements> elements;
-  if (made.values) elements = encode_values(made.type, *made.values, made.space.elements());
+  if (optional && has_attribute(object.get(), *target.attribute)) return nullptr;
+  expect_free_attribute(object.get(), *target.attribute, target.shown());
+  std::optional<EncodedElements> elements = encode_new(made);
+  AttributeUndo undo(object.get(), *target.attribute);
   AttributeHandle attribute =
       create_attribute(object.get(), *target.attribute, target.shown(), made.type, made.space);
-  if (elements)
+  const Extent count = made.space.elements();
+  if (elements && count > 0) {
+    if (elements->count() != count) elements->repeat(static_cast<std::size_t>(count));
     write_whole(place_of(std::move(attribute), "Attribute " + quoted(target.shown())), *elements);
+  }
+  undo.keep();
+  return nullptr;
+}
+
+// --- links ---
+
+// HDF5 follows no ".." in a soft link, so such a target is resolved, from the group that holds the
+// link; any other is kept as it is written.
+std::string soft_target(const std::string& link, const std::string& written) {
+  const bool climbs = ("/" + written + "/").find("/../") != std::string::npos;
+  return climbs ? absolute_path(split_path(link).parent, written) : written;
+}
+
+Answer create_soft_link_statement(Parser& parser, Session& session) {
+  const bool optional = accept_if_not_exists(parser);
+  const ObjectName name = parse_object(parser, "a link");
+  parser.expect_keyword("TO");
+  const std::string written = parser.expect_path("the link's target");
+  parser.expect_end();
+  const Target target = session.find(name, Access::write);
+  if (exists_already(target, NameKind::link, optional)) return nullptr;
+  CreationUndo undo(target.file, target.path);
+  create_soft_link(target.file, target.path, soft_target(target.path, written));
+  undo.keep();
+  return nullptr;
+}
+
+// A hard link is one more name of an object, and so of the object's kind.
+Answer create_hard_link_statement(Parser& parser, Session& session) {
+  const bool optional = accept_if_not_exists(parser);
+  const ObjectName name = parse_object(parser, "a link");
+  parser.expect_keyword("TO");
+  const ObjectName object = parse_object(parser, "the link's target");
+  parser.expect_end();
+  const Target target = session.find(name, Access::write);
+  const std::string linked = session.find(object, Access::write).path;
+  open_object(target.file, linked);
+  const NameKind kind = name_kind_at(target.file, target.path);
+  if (optional && kind != NameKind::none && kind != NameKind::link &&
+      kind != NameKind::external_link)
+    return nullptr;
+  expect_creatable(target.file, target.path, NameKind::link);
+  CreationUndo undo(target.file, target.path);
+  create_hard_link(target.file, target.path, linked);
+  undo.keep();
+  return nullptr;
+}
+
+Answer create_external_link_statement(Parser& parser, Session& session) {
+  const bool optional = accept_if_not_exists(parser);
+  const ObjectName name = parse_object(parser, "an external link");
+  parser.expect_keyword("TO");
+  const std::string file = parser.expect_path("a file");
+  const std::string object = parser.expect_path("an object in that file");
+  parser.expect_end();
+  const Target target = session.find(name, Access::write);
+  if (exists_already(target, NameKind::external_link, optional)) return nullptr;
+  // A relative file is kept so: it is sought beside the file that holds the link.
+  const std::string kept = file.starts_with("~/") ? host_path(file) : file;
+  CreationUndo undo(target.file, target.path);
+  create_external_link(target.file, target.path, kept, object);
+  undo.keep();
   return nullptr;
 }
 
 constexpr std::array forms = {
-    Form{"FILE", create_file_statement},           Form{"OR REPLACE FILE", replace_file_statement},
-    Form{"GROUP", create_group_statement},         Form{"DATASET", create_dataset_statement},
+    Form{"DIRECTORY", create_directory_statement},
+    Form{"FILE", create_file_statement},
+    Form{"OR REPLACE FILE", replace_file_statement},
+    Form{"GROUP", create_group_statement},
+    Form{"DATASET", create_dataset_statement},
     Form{"ATTRIBUTE", create_attribute_statement},
+    Form{"LINK", create_soft_link_statement},
+    Form{"SOFT LINK", create_soft_link_statement},
+    Form{"HARD LINK", create_hard_link_statement},
+    Form{"EXTERNAL LINK", create_external_link_statement},
 };
 
 }  // namespace

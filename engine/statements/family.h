@@ -34,6 +34,11 @@ Answer run_form(std::span<const Form> forms, Parser& parser, Session& session);
 std::span<const Form> statement_families();
 
 Answer run_create(Parser& parser, Session& session);
+Answer run_alter(Parser& parser, Session& session);
+Answer run_rename(Parser& parser, Session& session);
+Answer run_copy(Parser& parser, Session& session);
+Answer run_drop(Parser& parser, Session& session);
+Answer run_flush(Parser& parser, Session& session);
 Answer run_insert(Parser& parser, Session& session);
 Answer run_select(Parser& parser, Session& session);
 Answer run_show(Parser& parser, Session& session);

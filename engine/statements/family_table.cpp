@@ -10,9 +10,10 @@ namespace kelvo {
 namespace {
 
 constexpr std::array families = {
-    Form{"CREATE", run_create}, Form{"INSERT", run_insert}, Form{"SELECT", run_select},
-    Form{"SHOW", run_show},     Form{"USE", run_use},       Form{"CLOSE", run_close},
-    Form{"SET", run_set},
+    Form{"CREATE", run_create}, Form{"ALTER", run_alter}, Form{"RENAME", run_rename},
+    Form{"COPY", run_copy},     Form{"DROP", run_drop},   Form{"INSERT", run_insert},
+    Form{"SELECT", run_select}, Form{"SHOW", run_show},   Form{"USE", run_use},
+    Form{"FLUSH", run_flush},   Form{"CLOSE", run_close}, Form{"SET", run_set},
 };
 
 std::string_view word_at(std::string_view keywords, std::size_t index) {

@@ -3,23 +3,60 @@
 
 #include <string>
 
+#include "storage/element_io.h"
 #include "storage/handle.h"
 #include "values/space.h"
+#include "values/storage_options.h"
 #include "values/type.h"
 
 namespace kelvo {
 
-/// Makes a dataset at a free path, the missing groups on the way with it. One with room to grow is
-/// chunked.
+/// How a new dataset is stored, checked against its type and its space, and ready to be used.
+/// Throws StatementError where they do not agree or a filter is not available. `path` as messages
+/// show the dataset. A fill value is not set where `options` has none.
+PropertyHandle storage_list(const std::string& path, const Type& type, const Space& space,
+                            const StorageOptions& options);
+
+/// Makes a dataset at a free path, the missing groups on the way with it.
 DatasetHandle create_dataset(hid_t file, const std::string& path, const Type& type,
-                             const Space& space);
+                             const Space& space, const StorageOptions& options);
+
+/// The same of a type and a storage made elsewhere.
+DatasetHandle create_dataset(hid_t file, const std::string& path, hid_t file_type,
+                             const Space& space, hid_t storage);
 
 /// Makes an attribute that is not there yet. `shown` is its name in messages: path@name.
 AttributeHandle create_attribute(hid_t object, const std::string& name, const std::string& shown,
                                  const Type& type, const Space& space);
 
-/// The chunk shape chosen where none is given: between 64 KiB and 1 MiB, the fastest dimensions
-/// whole first.
+/// Throws unless the object has no attribute of this name; `shown` as messages show it.
+void expect_free_attribute(hid_t object, const std::string& name, const std::string& shown);
+
+/// Removes an attribute that a statement made, unless the statement came to its end.
+class AttributeUndo {
+ public:
+  /// `object` stays open for as long.
+  AttributeUndo(hid_t object, std::string name) : object_(object), name_(std::move(name)) {}
+  AttributeUndo(const AttributeUndo&) = delete;
+  AttributeUndo& operator=(const AttributeUndo&) = delete;
+  ~AttributeUndo() {
+    if (!name_.empty() && H5Aexists(object_, name_.c_str()) > 0) H5Adelete(object_, name_.c_str());
+  }
+
+  void keep() noexcept { name_.clear(); }
+
+ private:
+  hid_t object_;
+  std::string name_;
+};
+
+/// Writes one element, laid out as the place's type says, everywhere in a dataset; in blocks.
+void write_everywhere(const ElementPlace& place, const std::byte* element);
+
+/// The chunk shape chosen where none is given: about 256 KiB, the fastest dimensions whole first.
 std::vector<Extent> choose_chunk(const Space& space, std::size_t element_size);
+
+/// The chunk's extents of an open dataset; none where it is not chunked.
+std::vector<Extent> chunk_of(hid_t dataset);
 
 }  // namespace kelvo

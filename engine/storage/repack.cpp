@@ -1,0 +1,191 @@
+// The root group is copied as one object, so that objects with several names stay one, and then its
+// members are moved up into the new root.
+#include "storage/repack.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "storage/check.h"
+#include "storage/copy.h"
+#include "storage/host.h"
+#include "storage/link.h"
+#include "storage/object.h"
+#include "storage/reference_copy.h"
+
+namespace kelvo {
+namespace {
+
+// A name that no member of a root group is likely to have.
+const char* const moving_group = "/\x01kelvo";
+
+std::string cannot_repack() { return "The file cannot be copied"; }
+
+// Removes the unfinished file unless it got its name.
+class Unfinished {
+ public:
+  explicit Unfinished(const std::string& path) : path_(unfinished_name(path)) {}
+  Unfinished(const Unfinished&) = delete;
+  Unfinished& operator=(const Unfinished&) = delete;
+  ~Unfinished() { ::unlink(path_.c_str()); }
+
+  [[nodiscard]] const std::string& path() const noexcept { return path_; }
+
+ private:
+  std::string path_;
+};
+
+class Descriptor {
+ public:
+  Descriptor(const std::string& path, int flags)
+      : number_(::open(path.c_str(), flags | O_CLOEXEC)) {
+    if (number_ < 0) {
+      throw StatementError(Status::host_refused,
+                           "File " + quoted(path) + " cannot be opened: " + std::strerror(errno));
+    }
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() { ::close(number_); }
+
+  [[nodiscard]] int get() const noexcept { return number_; }
+
+ private:
+  int number_;
+};
+
+FileHandle create_unfinished(const std::string& path, hid_t creation, const FileOptions& options) {
+  const PropertyHandle access(check_id(H5Pcreate(H5P_FILE_ACCESS), cannot_repack));
+  check_done(H5Pset_fclose_degree(access.get(), H5F_CLOSE_STRONG), cannot_repack);
+  check_done(H5Pset_libver_bounds(access.get(), options.low, options.high), cannot_repack);
+  return FileHandle(check_id(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, creation, access.get()),
+                             [&path] { return "File " + quoted(path) + " cannot be created"; }));
+}
+
+// As the file was made, and its root group with it.
+PropertyHandle creation_of(hid_t file) {
+  PropertyHandle list(check_id(H5Fget_create_plist(file), cannot_repack));
+  const GroupHandle root(check_id(H5Gopen2(file, "/", H5P_DEFAULT), cannot_repack));
+  const PropertyHandle group(check_id(H5Gget_create_plist(root.get()), cannot_repack));
+  unsigned order = 0;
+  check_done(H5Pget_link_creation_order(group.get(), &order), cannot_repack);
+  check_done(H5Pset_link_creation_order(list.get(), order), cannot_repack);
+  check_done(H5Pget_attr_creation_order(group.get(), &order), cannot_repack);
+  check_done(H5Pset_attr_creation_order(list.get(), order), cannot_repack);
+  return list;
+}
+
+herr_t keep_name(hid_t /*group*/, const char* name, const H5L_info_t* /*link*/, void* names) {
+  static_cast<std::vector<std::string>*>(names)->emplace_back(name);
+  return 0;
+}
+
+// In the order in which they were made, where that is known.
+std::vector<std::string> members_as_made(hid_t file, const char* group) {
+  std::vector<std::string> names;
+  const GroupHandle opened(check_id(H5Gopen2(file, group, H5P_DEFAULT), cannot_repack));
+  const PropertyHandle list(check_id(H5Gget_create_plist(opened.get()), cannot_repack));
+  unsigned order = 0;
+  check_done(H5Pget_link_creation_order(list.get(), &order), cannot_repack);
+  const H5_index_t index =
+      (order & H5P_CRT_ORDER_TRACKED) != 0 ? H5_INDEX_CRT_ORDER : H5_INDEX_NAME;
+  check_done(H5Literate(opened.get(), index, H5_ITER_INC, nullptr, keep_name, &names),
+             cannot_repack);
+  return names;
+}
+
+// A hard link to the root group would lead to the group that is moved, not to the new root.
+void refuse_links_to_root(hid_t file) {
+  H5O_info_t info;
+  check_done(H5Oget_info_by_name2(file, "/", &info, H5O_INFO_BASIC, H5P_DEFAULT), cannot_repack);
+  if (info.rc > 1) {
+    throw StatementError(Status::not_available,
+                         "A file with a hard link to its root group cannot be repacked");
+  }
+}
+
+void copy_root(hid_t from, hid_t to) {
+  copy_object({from, "/"}, {to, moving_group});
+  for (const std::string& name : members_as_made(to, moving_group))
+    move_name(to, path_below(moving_group, name), "/" + name);
+  remove_name(to, moving_group);
+  copy_attributes({from, "/"}, {to, "/"}, ReferenceMap(from, to));
+  copy_references(from, "/", to, "/");
+}
+
+void copy_user_block(const std::string& from, const std::string& to, hsize_t size) {
+  const Descriptor source(from, O_RDONLY);
+  const Descriptor copy(to, O_WRONLY);
+  std::array<char, 65536> bytes{};
+  for (hsize_t done = 0; done < size;) {
+    const auto wanted = static_cast<std::size_t>(std::min<hsize_t>(size - done, bytes.size()));
+    const ssize_t got = ::pread(source.get(), bytes.data(), wanted, static_cast<off_t>(done));
+    if (got <= 0 || ::pwrite(copy.get(), bytes.data(), static_cast<std::size_t>(got),
+                             static_cast<off_t>(done)) != got) {
+      throw StatementError(Status::host_refused, "The user block of " + quoted(from) +
+                                                     " cannot be copied: " + std::strerror(errno));
+    }
+    done += static_cast<hsize_t>(got);
+  }
+}
+
+struct Counts {
+  std::size_t objects = 0;
+  std::size_t links = 0;
+  std::size_t attributes = 0;
+
+  bool operator==(const Counts&) const = default;
+};
+
+herr_t count_object(hid_t /*object*/, const char* /*name*/, const H5O_info_t* info, void* data) {
+  auto* counts = static_cast<Counts*>(data);
+  ++counts->objects;
+  counts->attributes += static_cast<std::size_t>(info->num_attrs);
+  return 0;
+}
+
+herr_t count_link(hid_t /*group*/, const char* /*name*/, const H5L_info_t* /*link*/, void* data) {
+  ++static_cast<Counts*>(data)->links;
+  return 0;
+}
+
+Counts count_all(hid_t file) {
+  Counts counts;
+  check_done(H5Ovisit2(file, H5_INDEX_NAME, H5_ITER_NATIVE, count_object, &counts,
+                       H5O_INFO_BASIC | H5O_INFO_NUM_ATTRS),
+             cannot_repack);
+  check_done(H5Lvisit(file, H5_INDEX_NAME, H5_ITER_NATIVE, count_link, &counts), cannot_repack);
+  return counts;
+}
+
+// The copy as it is on the disk must open and hold as much as its source.
+void check_copy(hid_t source, const std::string& path, const FileOptions& options) {
+  const FileHandle copy = open_file(path, Access::read, options);
+  if (count_all(source) == count_all(copy.get())) return;
+  throw StatementError(Status::hdf5_refused, "The copy does not hold all that its source does");
+}
+
+}  // namespace
+
+void repack_file(const std::string& from, const std::string& to, const FileOptions& options) {
+  const FileHandle source = open_file(from, Access::read, options);
+  refuse_links_to_root(source.get());
+  const PropertyHandle creation = creation_of(source.get());
+  const Unfinished unfinished(to);
+  FileHandle copy = create_unfinished(unfinished.path(), creation.get(), options);
+  copy_root(source.get(), copy.get());
+  check_done(copy.reset(), [&to] { return "File " + quoted(to) + " cannot be written"; });
+  hsize_t block = 0;
+  check_done(H5Pget_userblock(creation.get(), &block), cannot_repack);
+  if (block > 0) copy_user_block(from, unfinished.path(), block);
+  check_copy(source.get(), unfinished.path(), options);
+  finish_file(to);
+}
+
+}  // namespace kelvo
