@@ -196,9 +196,9 @@ class Scanner {
   }
 
   void scan_expression_token() {
-    static constexpr std::array<std::string_view, 20> symbols = {
-        "...", "<=", ">=", "<>", "!=", "<", ">", "=", "+", "-",
-        "*",   "/",  "%",  ",",  "(",  ")", "[", "]", ":", "@"};
+    static constexpr std::array<std::string_view, 22> symbols = {
+        "...", "<=", ">=", "<>", "!=", "<", ">", "=", "+", "-", "*",
+        "/",   "%",  ",",  "(",  ")",  "[", "]", ":", "@", "{", "}"};
     if (is_digit(peek()) || (peek() == '.' && is_digit(peek(1)))) return scan_number();
     if (is_identifier_start(peek())) {
       token_.kind = TokenKind::word;

@@ -74,6 +74,24 @@ Literal items(Parser& parser, LiteralKind kind, const char* close) {
   return literal;
 }
 
+// Names are written as SELECT shows them: bare where they can be, else quoted.
+Literal object(Parser& parser) {
+  Literal literal;
+  literal.kind = LiteralKind::object;
+  parser.take(Mode::expression);
+  do {
+    const TokenKind kind = parser.peek(Mode::expression).kind;
+    if (kind != TokenKind::word && kind != TokenKind::quoted_name) {
+      parser.fail_expected("the name of a member", Mode::expression);
+    }
+    literal.names.push_back(parser.take(Mode::expression).text);
+    parser.expect_symbol(":", Mode::expression);
+    literal.items.push_back(parse_literal(parser));
+  } while (parser.accept_symbol(",", Mode::expression));
+  parser.expect_symbol("}", Mode::expression);
+  return literal;
+}
+
 Literal word(Parser& parser) {
   if (parser.accept_keyword("NAN", Mode::expression)) {
     return special_real("NAN", std::numeric_limits<double>::quiet_NaN());
@@ -113,6 +131,7 @@ Literal any_literal(Parser& parser) {
     case TokenKind::symbol:
       if (token.is_symbol("(")) return items(parser, LiteralKind::tuple, ")");
       if (token.is_symbol("[")) return items(parser, LiteralKind::list, "]");
+      if (token.is_symbol("{")) return object(parser);
       if (token.is_symbol("-") || token.is_symbol("+")) return signed_number(parser);
       break;
     default:

@@ -1,29 +1,166 @@
-// INSERT: values into datasets and attributes.
+// INSERT: values into datasets and attributes, from the statement, a file or another object. All
+// values are read and checked before the first one is written.
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "error.h"
+#include "import/open_values.h"
 #include "language/literal.h"
 #include "language/slice.h"
 #include "session.h"
 #include "statements/family.h"
 #include "statements/places.h"
 #include "statements/values.h"
+#include "storage/element_writer.h"
+#include "storage/growth.h"
+#include "storage/spool.h"
 
 namespace kelvo {
+namespace {
+
+// Where the values come from; one of them is there.
+struct Source {
+  std::optional<std::vector<Literal>> values;
+  std::optional<std::string> file;
+};
+
+struct Insertion {
+  ObjectName name;
+  Slice slice;
+  bool append = false;
+  Source source;
+};
+
+Insertion parse_insertion(Parser& parser) {
+  Insertion insertion;
+  parser.expect_keyword("INTO");
+  insertion.name = parser.expect_object("a dataset or attribute");
+  insertion.slice = parse_optional_slice(parser);
+  insertion.append = parser.accept_keyword("APPEND");
+  if (parser.accept_keyword("VALUES")) {
+    insertion.source.values = parse_value_list(parser);
+  } else if (parser.accept_keyword("FROM")) {
+    insertion.source.file = parser.expect_path("a file");
+  } else {
+    parser.fail_expected(insertion.append ? "VALUES, FROM or SELECT"
+                                          : "APPEND, VALUES, FROM or SELECT");
+  }
+  parser.expect_end();
+  return insertion;
+}
+
+// Elements that have passed every check, kept until they are written.
+class CheckedElements {
+ public:
+  explicit CheckedElements(const Type& type) : type_(type), spool_(memory_budget) {}
+
+  void read_all(ElementStream& stream) {
+    stream.read_all(type_, [this](const EncodedElements& block) { keep(block); });
+    spool_.rewind();
+  }
+
+  [[nodiscard]] Extent count() const { return count_; }
+
+  // The next elements; good until the next call.
+  const std::byte* take(std::size_t count) {
+    parts_.clear();
+    bytes_.resize(count * type_.size);
+    if (!type_.has_varying_parts()) {
+      spool_.read(bytes_.data(), bytes_.size());
+    } else {
+      for (std::size_t i = 0; i < count; ++i)
+        unflatten(type_, spool_, bytes_.data() + i * type_.size, &parts_);
+    }
+    return bytes_.data();
+  }
+
+ private:
+  static constexpr std::size_t memory_budget = std::size_t{64} * 1024 * 1024;
+
+  void keep(const EncodedElements& elements) {
+    count_ += elements.count();
+    if (!type_.has_varying_parts())
+      return spool_.add(elements.data(), elements.count() * type_.size);
+    bytes_.clear();
+    for (std::size_t i = 0; i < elements.count(); ++i)
+      flatten(type_, elements.data() + i * type_.size, &bytes_);
+    spool_.add(bytes_.data(), bytes_.size());
+  }
+
+  const Type& type_;
+  Spool spool_;
+  Extent count_ = 0;
+  std::vector<std::byte> bytes_;
+  VaryingParts parts_;
+};
+
+void expect_count(Extent given, Extent wanted) {
+  if (given == wanted) return;
+  throw StatementError(Status::out_of_range, std::to_string(wanted) +
+                                                 (wanted == 1 ? " value is" : " values are") +
+                                                 " needed, " + std::to_string(given) +
+                                                 (given == 1 ? " is" : " are") + " given");
+}
+
+// The new rows of the first dimension that so many elements fill.
+Selection grow_for(const ElementPlace& place, Extent elements, RowGrowth* growth) {
+  const Extent row = elements_of_row(place);
+  if (row == 0 || elements % row != 0) {
+    throw StatementError(Status::out_of_range, "A row of " + place.name + " has " +
+                                                   std::to_string(row) + " elements, which " +
+                                                   std::to_string(elements) +
+                                                   " values do not fill");
+  }
+  return growth->grow(elements / row);
+}
+
+void insert_values(const ElementPlace& place, const Insertion& insertion) {
+  const std::vector<Literal>& values = *insertion.source.values;
+  RowGrowth growth(place);
+  const bool one_for_all = !insertion.append || values.size() == 1;
+  if (!insertion.append) {
+    const Selection selection = resolve_slice(insertion.slice, place.space, place.name);
+    const EncodedElements elements = encode_values(place.type, values, selection.elements());
+    return write_elements(place, selection, elements.data());
+  }
+  const EncodedElements elements =
+      encode_values(place.type, values, one_for_all ? elements_of_row(place) : values.size());
+  const Selection selection = grow_for(place, elements.count(), &growth);
+  write_elements(place, selection, elements.data());
+  growth.keep();
+}
+
+void insert_stream(const ElementPlace& place, const Insertion& insertion, ElementStream& stream) {
+  RowGrowth growth(place);
+  CheckedElements elements(place.type);
+  elements.read_all(stream);
+  Selection selection;
+  if (insertion.append) {
+    selection = grow_for(place, elements.count(), &growth);
+  } else {
+    selection = resolve_slice(insertion.slice, place.space, place.name);
+    expect_count(elements.count(), selection.elements());
+  }
+  ElementWriter writer(place, selection);
+  for (std::size_t count = writer.next(); count > 0; count = writer.next())
+    writer.write(elements.take(count));
+  growth.keep();
+}
+
+}  // namespace
 
 Answer run_insert(Parser& parser, Session& session) {
-  parser.expect_keyword("INTO");
-  const ObjectName name = parser.expect_object("a dataset or attribute");
-  const Slice slice = parse_optional_slice(parser);
-  parser.expect_keyword("VALUES");
-  const std::vector<Literal> values = parse_value_list(parser);
-  parser.expect_end(Mode::expression);
-  const Target target = session.find(name, Access::write);
+  const Insertion insertion = parse_insertion(parser);
+  const Target target = session.find(insertion.name, Access::write);
   const ElementPlace place = open_place(target, session);
-  const Selection selection = resolve_slice(slice, place.space, place.name);
-  const EncodedElements elements = encode_values(place.type, values, selection.elements());
-  write_elements(place, selection, elements.data());
+  if (insertion.append) expect_growing(place, !insertion.slice.empty());
+  if (insertion.source.values) {
+    insert_values(place, insertion);
+  } else {
+    insert_stream(place, insertion, *open_values(host_path(*insertion.source.file), place.type));
+  }
   return nullptr;
 }
 

@@ -134,6 +134,8 @@ std::string describe(const Literal& literal) {
       return "X'...'";
     case LiteralKind::tuple:
       return "(...)";
+    case LiteralKind::object:
+      return "{...}";
     case LiteralKind::list:
       return "[...]";
     default:
@@ -145,6 +147,31 @@ void EncodedElements::append(const Literal& literal) {
   bytes_.resize(bytes_.size() + type_->size);
   encode(*type_, literal, bytes_.data() + count_ * type_->size);
   ++count_;
+}
+
+void EncodedElements::append_zeros() {
+  bytes_.resize(bytes_.size() + type_->size);
+  ++count_;
+}
+
+void EncodedElements::put(const Type& type, std::size_t offset, const Literal& literal) {
+  encode(type, literal, bytes_.data() + (count_ - 1) * type_->size + offset);
+}
+
+void EncodedElements::put(const Type& type, std::size_t offset, const std::byte* bytes) {
+  std::memcpy(bytes_.data() + (count_ - 1) * type_->size + offset, bytes, type.size);
+}
+
+void EncodedElements::append_bytes(const std::byte* elements, std::size_t count) {
+  bytes_.insert(bytes_.end(), elements, elements + count * type_->size);
+  count_ += count;
+}
+
+void EncodedElements::clear() {
+  bytes_.clear();
+  count_ = 0;
+  texts_.clear();
+  sequences_.clear();
 }
 
 void EncodedElements::repeat(std::size_t count) {
@@ -186,12 +213,31 @@ void EncodedElements::encode(const Type& type, const Literal& literal, std::byte
 
 void EncodedElements::encode_compound(const Type& type, const Literal& literal,
                                       std::byte* element) {
+  if (literal.kind == LiteralKind::object) return encode_object(type, literal, element);
   if (literal.kind != LiteralKind::tuple) refuse_kind(literal, type);
   check_count(literal.items.size(), type.members.size(),
               "a compound with " + std::to_string(type.members.size()) +
                   (type.members.size() == 1 ? " member" : " members"));
   for (std::size_t i = 0; i < type.members.size(); ++i) {
     encode(type.members[i].type, literal.items[i], element + type.members[i].offset);
+  }
+}
+
+void EncodedElements::encode_object(const Type& type, const Literal& literal, std::byte* element) {
+  for (const std::string& name : literal.names) {
+    const bool known = std::any_of(type.members.begin(), type.members.end(),
+                                   [&name](const Member& member) { return member.name == name; });
+    if (!known)
+      throw StatementError(Status::does_not_exist, "The compound has no member " + quoted(name));
+  }
+  for (const Member& member : type.members) {
+    const auto name = std::find(literal.names.begin(), literal.names.end(), member.name);
+    if (name == literal.names.end()) {
+      throw StatementError(Status::out_of_range,
+                           "A value for the member " + quoted(member.name) + " is missing");
+    }
+    encode(member.type, literal.items[static_cast<std::size_t>(name - literal.names.begin())],
+           element + member.offset);
   }
 }
 

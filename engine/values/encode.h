@@ -25,12 +25,28 @@ class EncodedElements {
   [[nodiscard]] const std::byte* data() const noexcept { return bytes_.data(); }
   [[nodiscard]] std::size_t count() const noexcept { return count_; }
 
+  /// Appends one element of zeros, to be filled by put.
+  void append_zeros();
+  /// Fills the part of the last element that is at `offset` and of the type.
+  void put(const Type& type, std::size_t offset, const Literal& literal);
+  void put(const Type& type, std::size_t offset, const std::byte* bytes);
+
+  /// Appends elements that lie in memory as the type says; what varying parts point to must outlive
+  /// these.
+  void append_bytes(const std::byte* elements, std::size_t count);
+
+  /// Forgets all elements and what their varying parts point to; memory for the elements is kept.
+  void clear();
+
+  [[nodiscard]] const Type& type() const noexcept { return *type_; }
+
   /// Makes the one element stand `count` times.
   void repeat(std::size_t count);
 
  private:
   void encode(const Type& type, const Literal& literal, std::byte* element);
   void encode_compound(const Type& type, const Literal& literal, std::byte* element);
+  void encode_object(const Type& type, const Literal& literal, std::byte* element);
   void encode_array(const Type& type, const Literal& literal, std::byte* element);
   void encode_sequence(const Type& type, const Literal& literal, std::byte* element);
   void encode_varying_text(const Literal& literal, std::byte* element);

@@ -14,18 +14,20 @@ enum class LiteralKind {
   string,   // '...', E'...'
   bytes,    // X'...'
   word,     // TRUE, FALSE, NULL
-  tuple,    // ( ..., ... ): the members of a compound
+  tuple,    // ( ..., ... ): the members of a compound, in their order
+  object,   // { name: ..., ... }: the members of a compound by their names
   list,     // [ ..., ... ]: a sequence or an array
 };
 
 struct Literal {
   LiteralKind kind = LiteralKind::integer;
-  std::size_t position = 1;     // of its first byte in the statement, from 1
-  bool negative = false;        // integer
-  std::uint64_t magnitude = 0;  // integer
-  double real = 0;              // real
-  std::string text;             // string, bytes and word; numbers as written, for messages
-  std::vector<Literal> items;   // tuple, list
+  std::size_t position = 1;        // of its first byte in the statement, from 1
+  bool negative = false;           // integer
+  std::uint64_t magnitude = 0;     // integer
+  double real = 0;                 // real
+  std::string text;                // string, bytes and word; numbers as written, for messages
+  std::vector<Literal> items;      // tuple, object, list
+  std::vector<std::string> names;  // object: of its items
 };
 
 }  // namespace kelvo

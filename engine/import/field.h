@@ -1,0 +1,23 @@
+// One field of a text file into one element, or one member of a compound.
+#pragma once
+
+#include <string_view>
+
+#include "values/encode.h"
+
+namespace kelvo {
+
+/// Fills the part of the last element that is at `offset` and of `type`. Numbers are read as
+/// statements write them; text types and enumerations' names take the field as it is; lists,
+/// compounds and opaque values are in the notation that SELECT shows. Throws StatementError where
+/// it does not fit.
+void put_field(EncodedElements& elements, const Type& type, std::size_t offset,
+               std::string_view field);
+
+/// The field as a literal for `type`; throws StatementError where it is none.
+Literal field_literal(const Type& type, std::string_view field);
+
+/// Without blanks and tabs at both ends.
+std::string_view trimmed(std::string_view text);
+
+}  // namespace kelvo

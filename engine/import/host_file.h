@@ -1,0 +1,24 @@
+// Opening host files to read values from, and errors that say where in them.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+#include "error.h"
+
+namespace kelvo {
+
+/// Throws StatementError where the file does not exist, is a directory or cannot be read. The
+/// caller closes it.
+std::FILE* open_host_file(const std::string& path);
+
+/// Throws that reading the file failed, for the reason that errno tells.
+[[noreturn]] void refuse_host_file(const std::string& path);
+
+/// Throws the error with "File "f.csv", line 5, column 2: " in front; a line or column of 0 is left
+/// out.
+[[noreturn]] void fail_in_file(const std::string& path, std::uint64_t line, std::uint64_t column,
+                               const StatementError& error);
+
+}  // namespace kelvo

@@ -1,0 +1,46 @@
+// The lines of a text file of any size.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "error.h"
+
+namespace kelvo {
+
+class LineReader {
+ public:
+  /// Throws StatementError where the file does not exist or cannot be read.
+  explicit LineReader(const std::string& path);
+
+  /// The next line without its end ("\n" or "\r\n"); good until the next call. False at the end of
+  /// the file.
+  bool next(std::string_view* line);
+
+  /// Of the line given last, from 1.
+  [[nodiscard]] std::uint64_t line_number() const { return line_number_; }
+
+  /// Throws the error with the file and line given last in front, and the column (a field's number,
+  /// from 1) where it is not 0.
+  [[noreturn]] void fail(std::uint64_t column, const StatementError& error) const;
+
+ private:
+  struct CloseFile {
+    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+  };
+
+  bool fill();
+
+  std::string path_;
+  std::unique_ptr<std::FILE, CloseFile> file_;
+  std::vector<char> buffer_;
+  std::size_t begin_ = 0;  // of what has not been given yet
+  std::size_t end_ = 0;
+  std::uint64_t line_number_ = 0;
+};
+
+}  // namespace kelvo

@@ -1,0 +1,16 @@
+// Files that INSERT reads values from, by their suffix.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "values/element_stream.h"
+
+namespace kelvo {
+
+/// The values of the file for elements of the type, which must outlive the stream. Throws where the
+/// suffix is none of those that are read (.csv .tsv .txt .json .npy .bin), or the file cannot be
+/// read.
+std::unique_ptr<ElementStream> open_values(const std::string& path, const Type& type);
+
+}  // namespace kelvo

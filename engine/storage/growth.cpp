@@ -1,0 +1,58 @@
+// Growing and taking it back.
+#include "storage/growth.h"
+
+#include <string>
+
+#include "storage/check.h"
+
+namespace kelvo {
+
+void expect_growing(const ElementPlace& place, bool with_slice) {
+  if (with_slice) {
+    throw StatementError(Status::out_of_range,
+                         "APPEND adds rows behind the last one and takes no slice");
+  }
+  if (place.attribute)
+    throw StatementError(Status::wrong_kind, place.name + " cannot grow: it is an attribute");
+  if (place.space.extents.empty())
+    throw StatementError(Status::wrong_kind, place.name + " is a scalar and cannot grow");
+  if (place.space.maximum[0] == place.space.extents[0]) {
+    throw StatementError(Status::out_of_range, place.name + " is at its maximum of " +
+                                                   std::to_string(place.space.maximum[0]) +
+                                                   " in the first dimension");
+  }
+}
+
+Extent elements_of_row(const ElementPlace& place) {
+  Extent elements = 1;
+  for (std::size_t d = 1; d < place.space.extents.size(); ++d) elements *= place.space.extents[d];
+  return elements;
+}
+
+RowGrowth::~RowGrowth() {
+  if (grown_) H5Dset_extent(place_.dataset.get(), place_.space.extents.data());
+}
+
+Selection RowGrowth::grow(Extent rows) {
+  std::vector<Extent> extents = place_.space.extents;
+  if (rows > place_.space.maximum[0] - extents[0]) {
+    throw StatementError(Status::out_of_range,
+                         place_.name + " may have " + std::to_string(place_.space.maximum[0]) +
+                             " rows, " + std::to_string(rows) + " more than its " +
+                             std::to_string(extents[0]) + " are too many");
+  }
+  Selection selection;
+  selection.start.assign(extents.size(), 0);
+  selection.start[0] = extents[0];
+  selection.stride.assign(extents.size(), 1);
+  selection.count = extents;
+  selection.count[0] = rows;
+  selection.shape = selection.count;
+  extents[0] += rows;
+  check_done(H5Dset_extent(place_.dataset.get(), extents.data()),
+             [this] { return place_.name + " cannot be extended"; });
+  grown_ = true;
+  return selection;
+}
+
+}  // namespace kelvo

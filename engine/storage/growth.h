@@ -1,0 +1,36 @@
+// Appending to a dataset: its first dimension grows, and shrinks again where what follows fails.
+#pragma once
+
+#include "storage/element_io.h"
+#include "values/selection.h"
+
+namespace kelvo {
+
+/// Throws unless the place is a dataset with a first dimension that may grow. `with_slice`: a slice
+/// was written, which says nothing about new rows.
+void expect_growing(const ElementPlace& place, bool with_slice);
+
+/// Elements of one step of the first dimension.
+Extent elements_of_row(const ElementPlace& place);
+
+class RowGrowth {
+ public:
+  /// `place` must outlive it.
+  explicit RowGrowth(const ElementPlace& place) : place_(place) {}
+  RowGrowth(const RowGrowth&) = delete;
+  RowGrowth& operator=(const RowGrowth&) = delete;
+  /// Takes the growth back, unless it was kept.
+  ~RowGrowth();
+
+  /// Adds rows at the end of the first dimension and selects them. Throws out_of_range beyond the
+  /// maximum.
+  Selection grow(Extent rows);
+
+  void keep() { grown_ = false; }
+
+ private:
+  const ElementPlace& place_;
+  bool grown_ = false;
+};
+
+}  // namespace kelvo
