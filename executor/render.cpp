@@ -107,23 +107,18 @@ bool show_row(std::int32_t data_type) {
   // clang-format on
 }
 
-RenderOutcome show_rows() {
-  while (kelvo_cursor_next(nullptr) == 0) {
-    if (!show_row(kelvo_cursor_get_data_type(nullptr))) return render_unexpected_type;
-    if (interrupted()) return render_interrupted;
-  }
-  return render_finished;
-}
-
 }  // namespace
 
 RenderOutcome render_result() {
-  start_rows();
-  const RenderOutcome outcome = show_rows();
-  flush_rows();
-  if (outcome == render_unexpected_type) {
-    std::puts("Error when showing result of the operation as the data type is unexpected.");
+  while (kelvo_cursor_next(nullptr) == 0) {
+    if (!show_row(kelvo_cursor_get_data_type(nullptr))) {
+      std::puts("Error when showing result of the operation as the data type is unexpected.");
+      return render_unexpected_type;
+    }
+    if (interrupted()) {
+      print_text("<b>(Interrupted by the user)</b>\n");
+      return render_interrupted;
+    }
   }
-  if (outcome == render_interrupted) print_text("<b>(Interrupted by the user)</b>\n");
-  return outcome;
+  return render_finished;
 }

@@ -1,60 +1,43 @@
-// The text of rows on its way to standard output. Rows are short and many: handed to the stream one
-// by one, most of the time would go into the calls. They are collected here and handed over in
-// pieces. A terminal gets each value as it comes.
-//
-// What is collected is not in the stream yet: flush_rows before anything else is written there.
+// The text of rows, put straight into the buffer of the standard output stream: rows are short and
+// many, and a call of the stream for each value takes longer than making its text. Everything keeps
+// its place among what others write to the stream, and a terminal or an unbuffered stream gets each
+// value as it comes: such a stream offers no room, so the ordinary calls are made.
 #pragma once
 
 #include <cstddef>
-#include <cstring>
+#include <cstdio>
 
 #include "executor/number_text.h"
 
-/// The first piece of a display is as small as the stream's own, so that a slow result shows as
-/// early as it would without this; each further one is twice as large, up to the size that pipes
-/// take best.
-constexpr std::size_t first_piece = 4096;
-constexpr std::size_t largest_piece = 65536;
-
-struct RowOutput {
-  char text[largest_piece + number_text_room];
-  std::size_t length;
-  std::size_t piece;  // what is handed over at once; 0: every value
-};
-
-extern RowOutput row_output;
-
-/// Begins a display: finds out what the stream is connected to.
-void start_rows();
-
-/// Hands what is collected to standard output.
-void flush_rows();
-
-/// Hands over a full piece; the next one will be larger.
-void flush_piece();
-
-/// Adds a text that is too long to be collected.
-void add_long_text(const char* text, std::size_t length);
-
-/// Counts what was written behind the collected text, at most number_text_room bytes.
-inline void added(std::size_t length) {
-  row_output.length += length;
-  if (row_output.length >= row_output.piece) flush_piece();
+/// Where bytes can be put into the stream's buffer, or null where fewer are free. The room ends
+/// where the stream's own unlocked character output would flush; the program has one thread.
+inline char* stream_room(std::size_t bytes) {
+#if defined(__GLIBC__)
+  const auto free = static_cast<std::size_t>(stdout->_IO_write_end - stdout->_IO_write_ptr);
+  if (stdout->_IO_write_ptr < stdout->_IO_write_end && free >= bytes) return stdout->_IO_write_ptr;
+#else
+  static_cast<void>(bytes);
+#endif
+  return nullptr;
 }
 
-inline void add_byte(char byte) {
-  row_output.text[row_output.length] = byte;
-  added(1);
+/// Counts what was written where stream_room said, up to `end`.
+inline void fill_stream_room([[maybe_unused]] char* end) {
+#if defined(__GLIBC__)
+  stdout->_IO_write_ptr = end;
+#endif
 }
+
+inline void add_byte(char byte) { putc_unlocked(byte, stdout); }
 
 inline void add_text(const char* text, std::size_t length) {
-  if (length > number_text_room) return add_long_text(text, length);
-  std::memcpy(row_output.text + row_output.length, text, length);
-  added(length);
+  fwrite_unlocked(text, 1, length, stdout);
 }
 
 template <typename Number>
 void add_number(Number value) {
-  char* text = row_output.text + row_output.length;
-  added(static_cast<std::size_t>(write_number(text, value) - text));
+  if (char* room = stream_room(number_text_room))
+    return fill_stream_room(write_number(room, value));
+  char text[number_text_room];
+  add_text(text, static_cast<std::size_t>(write_number(text, value) - text));
 }
