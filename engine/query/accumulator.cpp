@@ -132,33 +132,39 @@ class ExactSum {
   std::uint64_t low_ = 0;
 };
 
-// A sum of reals whose rounding errors are added up beside it.
+// A sum of reals whose rounding errors are added up beside it. They are calculated without asking
+// which term is larger, so that lanes can do it side by side.
 template <>
 class ExactSum<double> {
  public:
   void add(const double* numbers, std::size_t count) {
-    Lanes<double> lanes{};
     const std::size_t whole = count - count % lane_count;
     for (std::size_t i = 0; i < whole; i += lane_count) {
-      for (std::size_t lane = 0; lane < lane_count; ++lane) lanes[lane] += numbers[i + lane];
+      for (std::size_t lane = 0; lane < lane_count; ++lane)
+        add_one(numbers[i + lane], &sums_[lane], &errors_[lane]);
     }
-    for (const double lane : lanes) add_one(lane);
-    for (std::size_t i = whole; i < count; ++i) add_one(numbers[i]);
+    for (std::size_t i = whole; i < count; ++i) add_one(numbers[i], sums_.data(), errors_.data());
   }
 
-  // Once the sum is infinite or NAN, the errors mean nothing.
-  [[nodiscard]] double real() const { return std::isfinite(sum_) ? sum_ + error_ : sum_; }
+  [[nodiscard]] double real() const {
+    double sum = 0;
+    double error = 0;
+    for (const double lane : sums_) add_one(lane, &sum, &error);
+    for (const double lane : errors_) error += lane;
+    // Once the sum is infinite or NAN, the errors mean nothing.
+    return std::isfinite(sum) ? sum + error : sum;
+  }
 
  private:
-  void add_one(double number) {
-    const double sum = sum_ + number;
-    const bool sum_is_larger = std::fabs(sum_) >= std::fabs(number);
-    error_ += sum_is_larger ? (sum_ - sum) + number : (number - sum) + sum_;
-    sum_ = sum;
+  static void add_one(double number, double* sum, double* error) {
+    const double total = *sum + number;
+    const double added = total - *sum;
+    *error += (*sum - (total - added)) + (number - added);
+    *sum = total;
   }
 
-  double sum_ = 0;
-  double error_ = 0;
+  Lanes<double> sums_{};
+  Lanes<double> errors_{};
 };
 
 template <typename Value>
