@@ -9,6 +9,7 @@
 #include "statements/family.h"
 #include "storage/check.h"
 #include "storage/lock.h"
+#include "storage/lzf_filter.h"
 #include "storage/object.h"
 #include "storage/reach.h"
 
@@ -28,6 +29,7 @@ Session::Session() {
   take_over_locking();
   guard_reach(settings_.file_options, settings_.external_link_prefix);
   silence_hdf5();
+  register_lzf_filter();
 }
 
 Status Session::execute(const char* statement) {

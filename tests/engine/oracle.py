@@ -175,6 +175,7 @@ def expected_attribute(owner, name):
 
 def difference(rows, expected):
     """None where the rows are as expected, else the first place where they are not."""
+    expected = [line for row in expected for line in (row.split("\n") if isinstance(row, str) else [row])]
     for i, (row, wanted) in enumerate(zip(rows, expected)):
         if not (wanted.matches(row) if isinstance(wanted, Notation) else row == wanted):
             return f"row {i}: {row!r}, not {wanted!r}"
@@ -201,20 +202,20 @@ def object_names(file):
 
 def check_file(kelvo, name, open_file=None):
     """Compares every dataset and attribute of the file with h5py's reading; the number of things compared."""
-    wrong = []
     with (open_file or h5py.File)(kelvo.path(name), "r") as file:
         datasets, attributes = object_names(file)
-        for path in datasets:
-            compare(kelvo, name, quoted(path), expected_dataset(file[path]), wrong)
-        for path, attribute in attributes:
-            expected = expected_attribute(file[path], attribute)
-            compare(kelvo, name, f"{quoted(path)}@{quoted(attribute)}", expected, wrong)
-    assert wrong == []
-    return len(datasets) + len(attributes)
-
-
-def compare(kelvo, file, thing, expected, wrong):
-    answer = kelvo.run(f"SELECT * FROM {thing} IN {quoted(file)}")
-    fault = answer.message or difference(answer.rows, expected)
+        expected = {quoted(path): expected_dataset(file[path]) for path in datasets}
+        expected.update({f"{quoted(path)}@{quoted(attribute)}": expected_attribute(file[path], attribute)
+                         for path, attribute in attributes})
+    statements = [f"SELECT * FROM {thing} IN {quoted(name)}" for thing in expected]
+    answer = kelvo.run(*statements)
+    fault = fault_of(answer, [row for rows in expected.values() for row in rows])
     if fault:
-        wrong.append(f"{thing}: {fault}")
+        faults = map(fault_of, map(kelvo.run, statements), expected.values())
+        assert [f"{thing}: {one}" for thing, one in zip(expected, faults) if one] == []
+        assert False, f"each alone is right, all in one session are not: {fault}"
+    return len(expected)
+
+
+def fault_of(answer, expected):
+    return answer.message or difference(answer.rows, expected)
