@@ -1,5 +1,5 @@
 # Reads include-rules.txt, then C and C++ sources, and names every #include that no rule allows.
-# Sources include each other by the path from the root, or by the bare name within a folder.
+# Sources include each other by the path from the root (in the engine: from its folder), or by the bare name within a folder.
 
 FILENAME ~ /include-rules\.txt$/ {
   if (/^</) owner[substr($1, 2)] = $2
@@ -11,8 +11,7 @@ FNR == 1 { folder = rule_folder(FILENAME) }
 
 /^[ \t]*#[ \t]*include[ \t]*"/ && folder != "" {
   split($0, part, "\"")
-  header = index(part[2], "/") ? part[2] : directory(FILENAME) part[2]
-  if (!is_allowed(header)) complain(header)
+  if (!is_allowed(part[2]) && !is_allowed(directory(FILENAME) part[2])) complain(part[2])
 }
 
 /^[ \t]*#[ \t]*include[ \t]*</ && folder != "" {
