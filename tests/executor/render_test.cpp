@@ -103,6 +103,19 @@ TEST_F(RenderTest, TypeIsAskedAfreshForEveryRow) {
             display_calls());
 }
 
+TEST_F(RenderTest, WhatTheEnginePrintsItselfComesInOrder) {
+  const auto print = [] { std::fputs("<debug>", stdout); };
+  result().row(KELVO_INT, {1}).row(KELVO_VARINT, {2, 3}).characters(KELVO_CHAR, "ab");
+  result().text(KELVO_VARCHAR, "text");
+  result()
+      .on("kelvo_cursor_next", 2, print)
+      .on("kelvo_subcursor_next", 2, print)
+      .on("kelvo_subcursor_get_unsigned_tinyint", 2, print)
+      .on("kelvo_cursor_get_char", 1, print)
+      .on("kelvo_cursor_next", 5, print);
+  EXPECT_EQ("1\n<debug>2 <debug>3\na<debug>b\n<debug>text\n<debug>", shown());
+}
+
 // --- Calls and formats of each type ---
 
 struct TypeCase {
