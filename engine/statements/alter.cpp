@@ -9,6 +9,7 @@
 #include "statements/family.h"
 #include "statements/names.h"
 #include "storage/check.h"
+#include "storage/chunk_cache.h"
 #include "storage/creation.h"
 #include "storage/object.h"
 
@@ -77,8 +78,8 @@ Answer alter_dataset(Parser& parser, Session& session) {
   const Target target = session.find(name, Access::write);
   expect_dataset(target.file, target.path);
   const auto what = [&target] { return "Dataset " + quoted(target.path) + " cannot be changed"; };
-  const DatasetHandle dataset(
-      check_id(H5Dopen2(target.file, target.path.c_str(), H5P_DEFAULT), what));
+  const DatasetHandle dataset =
+      open_for_reading(target.file, target.path, session.settings().chunk_cache);
   const DataspaceHandle dataspace(check_id(H5Dget_space(dataset.get()), what));
   Space space = describe_space(dataspace.get());
   check_rank(changes.size(), space.extents.size(), target.path);

@@ -97,7 +97,8 @@ Answer copy_attribute_statement(Parser& parser, Session& session) {
   open_attribute(from.get(), way.from.path, *way.from.attribute);
   expect_free_attribute(to.get(), *way.to.attribute, way.to.shown());
   ReferenceMap references(way.from.file, way.to.file);
-  references.add(way.from.path, way.to.path);
+  if (references.is_needed())
+    references.add(objects_below(way.from.file, way.from.path), way.to.path);
   copy_attribute({from.get(), *way.from.attribute, way.from.shown()},
                  {to.get(), *way.to.attribute, way.to.shown()}, references);
   return nullptr;

@@ -5,6 +5,7 @@
 
 #include "storage/box_walk.h"
 #include "storage/check.h"
+#include "storage/chunk_cache.h"
 #include "storage/creation.h"
 #include "storage/datatype.h"
 #include "storage/element_batch.h"
@@ -154,9 +155,8 @@ void copy_values(const ElementPlace& from, const ElementPlace& to, const Referen
 }
 
 ElementPlace open_dataset(const ObjectPlace& place) {
-  DatasetHandle dataset(check_id(H5Dopen2(place.file, place.path.c_str(), H5P_DEFAULT),
-                                 [&place] { return cannot_copy(place.path); }));
-  return place_of(std::move(dataset), "Dataset " + quoted(place.path));
+  return place_of(open_for_reading(place.file, place.path, ChunkCache()),
+                  "Dataset " + quoted(place.path));
 }
 
 }  // namespace
@@ -165,32 +165,45 @@ void copy_object(const ObjectPlace& from, const ObjectPlace& to) {
   const auto what = [&from] { return cannot_copy(from.path); };
   const PropertyHandle options(check_id(H5Pcreate(H5P_OBJECT_COPY), what));
   check_done(H5Pset_copy_object(options.get(), H5O_COPY_MERGE_COMMITTED_DTYPE_FLAG), what);
+  // Found before the copy, which may be put into the group that is copied.
+  const std::vector<FoundObject> objects = objects_below(from.file, from.path);
   CreationUndo undo(to.file, to.path);
   check_done(H5Ocopy(from.file, from.path.c_str(), to.file, to.path.c_str(), options.get(),
                      making_parents().get()),
              what);
-  copy_references(from.file, from.path, to.file, to.path);
+  copy_references(from.file, from.path, to.file, to.path, objects);
   undo.keep();
 }
 
-void store_anew(const ObjectPlace& from, const ObjectPlace& to, const StorageOptions& options) {
+namespace {
+
+// The dataset without its attributes. It is closed again when this returns: it cannot be open twice
+// with different access lists, and whoever copies its attributes opens it once more.
+void store_values_anew(const ObjectPlace& from, const ObjectPlace& to,
+                       const StorageOptions& options, const ReferenceMap& references) {
   const auto what = [&from] { return cannot_copy(from.path); };
-  ReferenceMap references(from.file, to.file);
   ElementPlace source = open_dataset(from);
   const PropertyHandle stored(check_id(H5Dget_create_plist(source.dataset.get()), what));
   const StorageOptions wanted = merged(stored_options(source.dataset.get(), stored.get()), options);
   const PropertyHandle storage = storage_list(to.path, source.type, source.space, wanted);
   const DatatypeHandle type = transient(source.file_type.get(), from.path);
   if (!options.fill) copy_fill(stored.get(), storage.get(), type.get(), from.path);
-  CreationUndo undo(to.file, to.path);
-  ElementPlace copy = place_of(
-      create_dataset(to.file, to.path, references.is_needed() ? type.get() : source.file_type.get(),
-                     source.space, storage.get()),
-      "Dataset " + quoted(to.path));
-  references.add(from.path, to.path);
+  const hid_t new_type = references.is_needed() ? type.get() : source.file_type.get();
+  ElementPlace copy =
+      place_of(create_dataset(to.file, to.path, new_type, source.space, storage.get()),
+               "Dataset " + quoted(to.path));
   keep_file_type(&source, from.path);
   keep_file_type(&copy, to.path);
   copy_values(source, copy, references);
+}
+
+}  // namespace
+
+void store_anew(const ObjectPlace& from, const ObjectPlace& to, const StorageOptions& options) {
+  ReferenceMap references(from.file, to.file);
+  if (references.is_needed()) references.add(objects_below(from.file, from.path), to.path);
+  CreationUndo undo(to.file, to.path);
+  store_values_anew(from, to, options, references);
   copy_attributes(from, to, references);
   undo.keep();
 }

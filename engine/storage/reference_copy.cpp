@@ -8,6 +8,7 @@
 
 #include "storage/box_walk.h"
 #include "storage/check.h"
+#include "storage/chunk_cache.h"
 #include "storage/creation.h"
 #include "storage/element_batch.h"
 #include "storage/link.h"
@@ -25,25 +26,10 @@ unsigned long file_number(hid_t file) {
   return root.fileno;
 }
 
-struct VisitedObject {
-  std::string name;  // relative to where the visit began; "" for that itself
-  haddr_t address;
-  H5O_type_t type;
-};
-
 herr_t keep_object(hid_t /*object*/, const char* name, const H5O_info_t* info, void* objects) {
-  static_cast<std::vector<VisitedObject>*>(objects)->push_back(
+  static_cast<std::vector<FoundObject>*>(objects)->push_back(
       {std::strcmp(name, ".") == 0 ? "" : name, info->addr, info->type});
   return 0;
-}
-
-// Each object once, with the first name found.
-std::vector<VisitedObject> objects_below(hid_t file, const std::string& path) {
-  std::vector<VisitedObject> objects;
-  check_done(H5Ovisit_by_name2(file, path.c_str(), H5_INDEX_NAME, H5_ITER_NATIVE, keep_object,
-                               &objects, H5O_INFO_BASIC, H5P_DEFAULT),
-             cannot_copy);
-  return objects;
 }
 
 std::string joined(const std::string& path, const std::string& name) {
@@ -53,8 +39,7 @@ std::string joined(const std::string& path, const std::string& name) {
 void copy_dataset_references(hid_t from_file, const std::string& from, hid_t to_file,
                              const std::string& to, const ReferenceMap& references) {
   const auto open = [](hid_t file, const std::string& path) {
-    return place_of(DatasetHandle(check_id(H5Dopen2(file, path.c_str(), H5P_DEFAULT), cannot_copy)),
-                    "Dataset " + quoted(path));
+    return place_of(open_for_reading(file, path, ChunkCache()), "Dataset " + quoted(path));
   };
   const ElementPlace source = open(from_file, from);
   if (!has_references(source.type)) return;
@@ -87,6 +72,14 @@ void copy_attribute_references(const ObjectHandle& source, const ObjectHandle& c
 
 }  // namespace
 
+std::vector<FoundObject> objects_below(hid_t file, const std::string& path) {
+  std::vector<FoundObject> objects;
+  check_done(H5Ovisit_by_name2(file, path.c_str(), H5_INDEX_NAME, H5_ITER_NATIVE, keep_object,
+                               &objects, H5O_INFO_BASIC, H5P_DEFAULT),
+             cannot_copy);
+  return objects;
+}
+
 bool has_references(const Type& type) {
   if (type.kind == Kind::object_reference || type.kind == Kind::region_reference) return true;
   return std::any_of(type.base.begin(), type.base.end(), has_references) ||
@@ -97,10 +90,9 @@ bool has_references(const Type& type) {
 ReferenceMap::ReferenceMap(hid_t from_file, hid_t to_file)
     : from_(from_file), to_(file_number(from_file) == file_number(to_file) ? from_file : to_file) {}
 
-void ReferenceMap::add(const std::string& from, const std::string& to) {
+void ReferenceMap::add(const std::vector<FoundObject>& objects, const std::string& to) {
   if (!is_needed()) return;
-  for (const VisitedObject& object : objects_below(from_, from))
-    paths_.emplace(object.address, joined(to, object.name));
+  for (const FoundObject& object : objects) paths_.emplace(object.address, joined(to, object.name));
 }
 
 const std::string* ReferenceMap::new_path(hid_t object) const {
@@ -150,12 +142,11 @@ void ReferenceMap::translate(const Type& type, std::byte* elements, std::size_t 
   for (std::size_t i = 0; i < count; ++i) translate_one(type, elements + i * type.size);
 }
 
-void copy_references(hid_t from_file, const std::string& from, hid_t to_file,
-                     const std::string& to) {
+void copy_references(hid_t from_file, const std::string& from, hid_t to_file, const std::string& to,
+                     const std::vector<FoundObject>& objects) {
   ReferenceMap references(from_file, to_file);
-  if (!references.is_needed()) return;
-  references.add(from, to);
-  for (const VisitedObject& object : objects_below(from_file, from)) {
+  references.add(objects, to);
+  for (const FoundObject& object : objects) {
     const std::string source = joined(from, object.name);
     const std::string copy = joined(to, object.name);
     if (object.type == H5O_TYPE_DATASET)

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "storage/handle.h"
 #include "values/type.h"
@@ -14,16 +15,21 @@ namespace kelvo {
 /// Whether elements of the type are references, or hold some.
 bool has_references(const Type& type);
 
+struct FoundObject {
+  std::string name;  // relative to where the search began; "" for that itself
+  haddr_t address;
+  H5O_type_t type;
+};
+
 class ReferenceMap {
  public:
   ReferenceMap(hid_t from_file, hid_t to_file);
 
-  /// The object at `from` and all below it are, or will be, at and below `to`. Nothing is looked up
-  /// within one file, where references stay as they are.
-  void add(const std::string& from, const std::string& to);
+  /// The objects, found at and below a path, are, or will be, at and below `to`.
+  void add(const std::vector<FoundObject>& objects, const std::string& to);
 
   /// Makes the references in `count` elements, laid out in memory as the type says, those of the
-  /// other file.
+  /// other file. Within one file they stay as they are.
   void translate(const Type& type, std::byte* elements, std::size_t count) const;
 
   [[nodiscard]] bool is_needed() const noexcept { return from_ != to_; }
@@ -39,9 +45,12 @@ class ReferenceMap {
   std::unordered_map<haddr_t, std::string> paths_;  // by the address in the file copied from
 };
 
-/// Writes the values of all references at and below `from` to their copies at and below `to`, in
-/// another file; copying objects leaves them null or meaningless.
-void copy_references(hid_t from_file, const std::string& from, hid_t to_file,
-                     const std::string& to);
+/// The objects at and below `path`, each once.
+std::vector<FoundObject> objects_below(hid_t file, const std::string& path);
+
+/// Writes the values of all references in the objects to their copies; the HDF5 library's copying
+/// leaves them null or meaningless. `objects`: those below `from` before it was copied to `to`.
+void copy_references(hid_t from_file, const std::string& from, hid_t to_file, const std::string& to,
+                     const std::vector<FoundObject>& objects);
 
 }  // namespace kelvo

@@ -86,10 +86,10 @@ herr_t keep_name(hid_t /*group*/, const char* name, const H5L_info_t* /*link*/, 
   return 0;
 }
 
-// In the order in which they were made, where that is known.
-std::vector<std::string> members_as_made(hid_t file, const char* group) {
+// Names in the root group, in the order in which they were made, where that is known.
+std::vector<std::string> members_as_made(hid_t file) {
   std::vector<std::string> names;
-  const GroupHandle opened(check_id(H5Gopen2(file, group, H5P_DEFAULT), cannot_repack));
+  const GroupHandle opened(check_id(H5Gopen2(file, "/", H5P_DEFAULT), cannot_repack));
   const PropertyHandle list(check_id(H5Gget_create_plist(opened.get()), cannot_repack));
   unsigned order = 0;
   check_done(H5Pget_link_creation_order(list.get(), &order), cannot_repack);
@@ -112,11 +112,11 @@ void refuse_links_to_root(hid_t file) {
 
 void copy_root(hid_t from, hid_t to) {
   copy_object({from, "/"}, {to, moving_group});
-  for (const std::string& name : members_as_made(to, moving_group))
+  for (const std::string& name : members_as_made(from))
     move_name(to, path_below(moving_group, name), "/" + name);
   remove_name(to, moving_group);
   copy_attributes({from, "/"}, {to, "/"}, ReferenceMap(from, to));
-  copy_references(from, "/", to, "/");
+  copy_references(from, "/", to, "/", objects_below(from, "/"));
 }
 
 void copy_user_block(const std::string& from, const std::string& to, hsize_t size) {
