@@ -1,5 +1,7 @@
 """Fixtures that the engine's Python tests share."""
 
+import shutil
+
 import pytest
 
 pytest.register_assert_rewrite("statements", "oracle", "notation", "examples")
@@ -9,3 +11,17 @@ from statements import Kelvo  # noqa: E402 -- only what is imported after that i
 @pytest.fixture
 def kelvo(tmp_path):
     return Kelvo(tmp_path)
+
+
+@pytest.fixture(scope="session")
+def kelvo_factory(tmp_path_factory):
+    """Makes one for each example of a property, in a folder of its own; the folder of the one before is removed."""
+    made = []
+
+    def make():
+        for folder in made:
+            shutil.rmtree(folder)
+        made[:] = [tmp_path_factory.mktemp("example")]
+        return Kelvo(made[0])
+
+    return make
