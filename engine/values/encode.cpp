@@ -194,7 +194,7 @@ void EncodedElements::encode(const Type& type, const Literal& literal, std::byte
     case Kind::text:
       return encode_text(type, literal, element);
     case Kind::varying_text:
-      return encode_varying_text(literal, element);
+      return encode_varying_text(type, literal, element);
     case Kind::opaque:
       return encode_opaque(type, literal, element);
     case Kind::enumeration:
@@ -275,7 +275,8 @@ void EncodedElements::encode_sequence(const Type& type, const Literal& literal,
   store(&address, sizeof address, element + sizeof count);
 }
 
-void EncodedElements::encode_varying_text(const Literal& literal, std::byte* element) {
+void EncodedElements::encode_varying_text(const Type& type, const Literal& literal,
+                                          std::byte* element) {
   const char* address = nullptr;
   if (literal.kind == LiteralKind::string || literal.kind == LiteralKind::bytes) {
     if (literal.text.find('\0') != std::string::npos) {
@@ -284,8 +285,6 @@ void EncodedElements::encode_varying_text(const Literal& literal, std::byte* ele
     }
     address = texts_.emplace_back(literal.text).c_str();
   } else if (literal.kind != LiteralKind::word || literal.text != "NULL") {
-    Type type;
-    type.kind = Kind::varying_text;
     refuse_kind(literal, type);
   }
   store(&address, sizeof address, element);

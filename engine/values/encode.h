@@ -49,7 +49,7 @@ class EncodedElements {
   void encode_object(const Type& type, const Literal& literal, std::byte* element);
   void encode_array(const Type& type, const Literal& literal, std::byte* element);
   void encode_sequence(const Type& type, const Literal& literal, std::byte* element);
-  void encode_varying_text(const Literal& literal, std::byte* element);
+  void encode_varying_text(const Type& type, const Literal& literal, std::byte* element);
 
   const Type* type_;
   std::vector<std::byte> bytes_;
