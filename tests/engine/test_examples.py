@@ -6,7 +6,7 @@ import pytest
 from examples import read_page, run_page
 
 ROOT = Path(__file__).resolve().parents[2]
-PAGES = [page for page in sorted(ROOT.glob("docs/**/*.md")) if "```kelvo" in page.read_text()]
+PAGES = [page for page in [ROOT / "README.md", *sorted(ROOT.glob("docs/**/*.md"))] if "```kelvo" in page.read_text()]
 
 
 @pytest.mark.parametrize("page", [pytest.param(page, id=str(page.relative_to(ROOT))) for page in PAGES])
