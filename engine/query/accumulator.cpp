@@ -87,8 +87,7 @@ class Extreme : public Accumulator {
   // Comparisons pass over NAN, so it is looked for by itself.
   void note_nan(const Value* numbers, std::size_t count) {
     unsigned found = 0;
-    for (std::size_t i = 0; i < count; ++i)
-      found |= static_cast<unsigned>(numbers[i] != numbers[i]);
+    for (std::size_t i = 0; i < count; ++i) found |= static_cast<unsigned>(std::isnan(numbers[i]));
     is_nan_ = is_nan_ || found != 0;
   }
 

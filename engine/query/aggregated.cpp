@@ -1,6 +1,7 @@
 // Runs the elements of a query through its accumulators.
 #include "query/aggregated.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -69,10 +70,8 @@ bool Aggregated::next(Elements& elements) {
 }
 
 bool Aggregated::only_counts() const {
-  for (const Column& column : columns_) {
-    if (column.operand != nullptr) return false;
-  }
-  return true;
+  return std::all_of(columns_.begin(), columns_.end(),
+                     [](const Column& column) { return column.operand == nullptr; });
 }
 
 void Aggregated::read() {

@@ -285,12 +285,7 @@ class Compiler {
         break;
       case Operation::name:
         side.field = scope_.find(expression);
-        if (side.field->type != nullptr && !is_comparable(*side.field->type))
-          refuse(side, "cannot be compared");
-        if (side.field->type == nullptr && !scope_.position_is_number)
-          throw StatementError(Status::wrong_kind,
-                               "INDEX can be compared in one dimension only (a slice chooses by "
-                               "positions in several)");
+        check_field(side);
         side.operand = field_operand(*side.field, scope_.namer);
         break;
       case Operation::negate:
@@ -302,6 +297,15 @@ class Compiler {
                                           number(expression.operands[1]));
     }
     return side;
+  }
+
+  void check_field(const Side& side) {
+    const Type* type = side.field->type;
+    if (type != nullptr && !is_comparable(*type)) refuse(side, "cannot be compared");
+    if (type != nullptr || scope_.position_is_number) return;
+    throw StatementError(Status::wrong_kind,
+                         "INDEX can be compared in one dimension only (a slice chooses by "
+                         "positions in several)");
   }
 
   OperandPointer number(const Expression& expression) {
@@ -316,7 +320,7 @@ class Compiler {
     return std::move(side.operand);
   }
 
-  ConditionPointer is_nan(Side side) {
+  static ConditionPointer is_nan(Side side) {
     if (side.operand->domain() == Domain::text) refuse(side, "is no number for IS NAN");
     return std::make_unique<IsNan>(real_operand(std::move(side.operand)));
   }

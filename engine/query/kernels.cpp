@@ -13,33 +13,38 @@ namespace {
 
 // The exact order of an integer and a double, which may have no common type that holds both.
 template <std::integral Integer>
-std::partial_ordering exact_order(Integer left, double right) {
+std::partial_ordering exact_order(Integer integer, double real) {
   constexpr double end = std::is_signed_v<Integer> ? 9223372036854775808.0 : 18446744073709551616.0;
   constexpr double begin = std::is_signed_v<Integer> ? -9223372036854775808.0 : 0.0;
-  if (std::isnan(right)) return std::partial_ordering::unordered;
-  if (right >= end) return std::partial_ordering::less;
-  if (right < begin) return std::partial_ordering::greater;
-  const auto whole = static_cast<Integer>(right);
-  if (left != whole)
-    return left < whole ? std::partial_ordering::less : std::partial_ordering::greater;
-  return static_cast<double>(whole) <=> right;
+  if (std::isnan(real)) return std::partial_ordering::unordered;
+  if (real >= end) return std::partial_ordering::less;
+  if (real < begin) return std::partial_ordering::greater;
+  const auto whole = static_cast<Integer>(real);
+  if (integer < whole) return std::partial_ordering::less;
+  if (integer > whole) return std::partial_ordering::greater;
+  return static_cast<double>(whole) <=> real;
+}
+
+std::partial_ordering reversed(std::partial_ordering order) {
+  if (std::is_lt(order)) return std::partial_ordering::greater;
+  return std::is_gt(order) ? std::partial_ordering::less : order;
 }
 
 template <Comparison comparison>
 bool holds(std::partial_ordering order) {
   switch (comparison) {
     case Comparison::equal:
-      return order == 0;
+      return std::is_eq(order);
     case Comparison::not_equal:
-      return order != 0;
+      return std::is_neq(order);
     case Comparison::less:
-      return order < 0;
+      return std::is_lt(order);
     case Comparison::less_equal:
-      return order <= 0;
+      return std::is_lteq(order);
     case Comparison::greater:
-      return order > 0;
+      return std::is_gt(order);
     case Comparison::greater_equal:
-      return order >= 0;
+      return std::is_gteq(order);
   }
 }
 
@@ -73,7 +78,7 @@ bool compare(const Left& left, const Right& right) {
   } else if constexpr (std::integral<Left>) {
     return holds<comparison>(exact_order(left, right));
   } else {
-    return holds<comparison>(0 <=> exact_order(right, left));
+    return holds<comparison>(reversed(exact_order(right, left)));
   }
 }
 

@@ -39,6 +39,7 @@ class Constant : public Operand {
 // --- from elements ---
 
 // The two loops are one, but only with the distance known to the compiler does it vectorise.
+// NOLINTBEGIN(bugprone-signed-char-misuse): a TINYINT is a number, not a character.
 template <typename From, typename To>
 void load_column(const std::byte* from, std::size_t stride, std::size_t count, void* out) {
   auto* values = static_cast<To*>(out);
@@ -55,6 +56,7 @@ void load_column(const std::byte* from, std::size_t stride, std::size_t count, v
     values[i] = static_cast<To>(value);
   }
 }
+// NOLINTEND(bugprone-signed-char-misuse)
 
 using Loader = void (*)(const std::byte* from, std::size_t stride, std::size_t count, void* out);
 

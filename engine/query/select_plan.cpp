@@ -131,9 +131,10 @@ Selected plan_query(Query query, FileHandle file, ElementPlace place, ReferenceN
   selected.label = planned.items[0].label;
   if (planned.is_aggregate()) {
     selected.source = std::make_unique<Aggregated>(std::move(run));
-    if (planned.limit)
+    if (planned.limit) {
       selected.source =
           std::make_unique<Limited>(std::move(selected.source), planned.offset, *planned.limit);
+    }
     return selected;
   }
   run->projection = std::make_unique<Projection>(planned.items, scan, run->scope);

@@ -11,6 +11,9 @@
 namespace kelvo {
 namespace {
 
+// So many that throwing some away is worth sorting them.
+constexpr std::size_t few_entries = 4096;
+
 struct RecordSizes {
   std::uint32_t key;
   std::uint32_t payload;
@@ -32,16 +35,13 @@ std::uint32_t checked_size(std::size_t size) {
 }  // namespace
 
 void Sorter::add(std::string_view key, std::string_view payload) {
+  if (is_bounded_ && key >= bound_) return;
   entries_.push_back(
       {prefix_of(key), memory_.size(), checked_size(key.size()), checked_size(payload.size())});
   memory_.append(key);
   memory_.append(payload);
-  if (memory_.size() + entries_.size() * sizeof(Entry) < memory_bytes) return;
-  if (wanted_ <= entries_.size() / 2) {
-    keep_wanted();
-  } else {
-    spill();
-  }
+  if (entries_.size() >= few_entries && entries_.size() / 2 >= wanted_) return keep_wanted();
+  if (memory_.size() + entries_.size() * sizeof(Entry) >= memory_bytes) spill();
 }
 
 std::string_view Sorter::key_of(const Entry& entry) const {
@@ -72,6 +72,9 @@ void Sorter::keep_wanted() {
     entry.offset = offset;
   }
   memory_ = std::move(kept);
+  // A record that comes later must be before the last one kept.
+  is_bounded_ = true;
+  bound_ = entries_.empty() ? std::string() : std::string(key_of(entries_.back()));
 }
 
 void Sorter::spill() {

@@ -61,6 +61,8 @@ class Sorter {
   bool next_merged(SortRecord* record);
 
   std::uint64_t wanted_;
+  bool is_bounded_ = false;
+  std::string bound_;  // keys from this one on are not wanted
   std::string memory_;
   std::vector<Entry> entries_;
   std::size_t next_ = 0;
