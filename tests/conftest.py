@@ -17,16 +17,15 @@ def program(tmp_path):
 @pytest.fixture
 def unprivileged_program():
     """The program run by a user whom file modes concern: not root. Copies, as that user may not reach the originals."""
-    if os.geteuid() != 0:
-        folder = Path(tempfile.mkdtemp())
-        yield Program(folder)
-    else:
-        folder = Path(tempfile.mkdtemp())
-        original = Program(folder)
-        copies = [shutil.copy(file, folder) for file in (original.executable, original.engine_library)]
+    folder = Path(tempfile.mkdtemp())
+    program = Program(folder)
+    if os.geteuid() == 0:
+        copies = [shutil.copy(file, folder) for file in (program.executable, program.engine_library)]
         program = Program(folder, *map(Path, copies))
         nobody = 65534
         program.popen_options = {"user": nobody, "group": nobody, "extra_groups": []}
         shutil.chown(folder, nobody, nobody)
-        yield program
+    yield program
+    for closed in filter(Path.is_dir, folder.iterdir()):
+        closed.chmod(0o700)
     shutil.rmtree(folder)
