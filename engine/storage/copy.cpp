@@ -9,9 +9,12 @@
 #include "storage/creation.h"
 #include "storage/datatype.h"
 #include "storage/element_batch.h"
+#include "storage/file.h"
+#include "storage/host.h"
 #include "storage/link.h"
 #include "storage/object.h"
 #include "storage/reference_copy.h"
+#include "storage/sources.h"
 
 namespace kelvo {
 namespace {
@@ -161,12 +164,30 @@ ElementPlace open_dataset(const ObjectPlace& place) {
 
 }  // namespace
 
+namespace {
+
+// Bytes that the values of the objects take in their file, at least.
+std::uintmax_t stored_bytes(const ObjectPlace& from, const std::vector<FoundObject>& objects) {
+  std::uintmax_t bytes = 0;
+  for (const FoundObject& object : objects) {
+    if (object.type != H5O_TYPE_DATASET) continue;
+    const std::string path = object.name.empty() ? from.path : path_below(from.path, object.name);
+    const DatasetHandle dataset(H5Dopen2(from.file, path.c_str(), dataset_access().get()));
+    if (dataset) bytes += H5Dget_storage_size(dataset.get());
+  }
+  return bytes;
+}
+
+}  // namespace
+
 void copy_object(const ObjectPlace& from, const ObjectPlace& to) {
   const auto what = [&from] { return cannot_copy(from.path); };
   const PropertyHandle options(check_id(H5Pcreate(H5P_OBJECT_COPY), what));
   check_done(H5Pset_copy_object(options.get(), H5O_COPY_MERGE_COMMITTED_DTYPE_FLAG), what);
   // Found before the copy, which may be put into the group that is copied.
   const std::vector<FoundObject> objects = objects_below(from.file, from.path);
+  // H5Ocopy itself may end the process when it cannot write.
+  expect_room(file_name(to.file), stored_bytes(from, objects));
   CreationUndo undo(to.file, to.path);
   check_done(H5Ocopy(from.file, from.path.c_str(), to.file, to.path.c_str(), options.get(),
                      making_parents().get()),

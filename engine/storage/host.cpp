@@ -2,13 +2,17 @@
 #include "storage/host.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <memory>
+#include <string_view>
 #include <system_error>
 
 #include "error.h"
@@ -17,6 +21,14 @@ namespace kelvo {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr std::size_t copy_block_bytes = std::size_t{1024} * 1024;
+constexpr std::string_view unfinished_suffix = ".kelvo-new";
+
+std::string finished_name(const std::string& path) {
+  return path.ends_with(unfinished_suffix) ? path.substr(0, path.size() - unfinished_suffix.size())
+                                           : path;
+}
 
 std::string title(HostKind kind) { return kind == HostKind::directory ? "Directory" : "File"; }
 
@@ -37,6 +49,31 @@ int move_without_replacing(const std::string& from, const std::string& to) {
   std::error_code error;
   if (fs::exists(fs::symlink_status(to, error))) return EEXIST;
   return std::rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number) noexcept : number_(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (number_ >= 0) ::close(number_);
+  }
+
+  [[nodiscard]] int get() const noexcept { return number_; }
+
+ private:
+  int number_;
+};
+
+// What is written beside a name is named in messages as it will be.
+void write_all(int descriptor, const char* bytes, std::size_t count, const std::string& path) {
+  while (count > 0) {
+    const ssize_t done = ::write(descriptor, bytes, count);
+    if (done < 0) refuse(HostKind::file, finished_name(path), "written", errno);
+    bytes += done;
+    count -= static_cast<std::size_t>(done);
+  }
 }
 
 bool may_change(const std::string& directory) {
@@ -107,16 +144,47 @@ void rename_on_host(const std::string& from, const std::string& to, HostKind kin
   if (error != 0) refuse(kind, from, "renamed to " + quoted(to), error);
 }
 
-void copy_host_file(const std::string& from, const std::string& to) {
-  const std::string unfinished = unfinished_name(to);
-  std::error_code error;
-  fs::copy_file(from, unfinished, fs::copy_options::overwrite_existing, error);
-  if (error) {
-    const int cause = error.value();
-    fs::remove(unfinished, error);
-    refuse(HostKind::file, from, "copied to " + quoted(to), cause);
+void copy_bytes(const std::string& from, const std::string& to, std::uintmax_t bytes) {
+  const Descriptor source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
+  if (source.get() < 0) refuse(HostKind::file, from, "opened", errno);
+  const Descriptor copy(::open(to.c_str(), O_WRONLY | O_CLOEXEC));
+  if (copy.get() < 0) refuse(HostKind::file, to, "opened", errno);
+  const auto block = std::make_unique<std::array<char, copy_block_bytes>>();
+  while (bytes > 0) {
+    const auto wanted = static_cast<std::size_t>(std::min<std::uintmax_t>(bytes, block->size()));
+    const ssize_t got = ::read(source.get(), block->data(), wanted);
+    if (got < 0) refuse(HostKind::file, from, "read", errno);
+    if (got == 0) return;
+    write_all(copy.get(), block->data(), static_cast<std::size_t>(got), to);
+    bytes -= static_cast<std::uintmax_t>(got);
   }
-  finish_file(to);
+}
+
+void copy_host_file(const std::string& from, const std::string& to) {
+  const UnfinishedFile unfinished(to);
+  std::error_code error;
+  const fs::perms permissions = fs::status(from, error).permissions();
+  const Descriptor made(
+      ::open(unfinished.path().c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+  if (made.get() < 0) refuse(HostKind::file, to, "created", errno);
+  copy_bytes(from, unfinished.path(), UINTMAX_MAX);
+  fs::permissions(unfinished.path(), permissions, error);
+  if (error) refuse(HostKind::file, to, "created", error.value());
+  unfinished.finish();
+}
+
+void expect_room(const std::string& path, std::uintmax_t bytes) {
+  std::error_code error;
+  const std::uintmax_t size = fs::file_size(path, error);
+  rlimit limit{};
+  const bool limited = ::getrlimit(RLIMIT_FSIZE, &limit) == 0 && limit.rlim_cur != RLIM_INFINITY;
+  const int full = limited && size + bytes > limit.rlim_cur             ? EFBIG
+                   : fs::space(path, error).available < bytes && !error ? ENOSPC
+                                                                        : 0;
+  if (full == 0) return;
+  throw StatementError(Status::host_refused, "File " + quoted(finished_name(path)) +
+                                                 " has no room for " + std::to_string(bytes) +
+                                                 " bytes more: " + std::strerror(full));
 }
 
 void remove_host_file(const std::string& path) {
@@ -161,14 +229,14 @@ bool is_within_directory(const std::string& used, const std::string& directory) 
   return std::mismatch(above.begin(), above.end(), below.begin(), below.end()).first == above.end();
 }
 
-std::string unfinished_name(const std::string& path) { return path + ".kelvo-new"; }
+UnfinishedFile::UnfinishedFile(std::string path)
+    : path_(std::move(path)), unfinished_(path_ + std::string(unfinished_suffix)) {}
 
-void finish_file(const std::string& path) {
-  const std::string unfinished = unfinished_name(path);
-  const int error = move_without_replacing(unfinished, path);
-  if (error == 0) return;
-  ::unlink(unfinished.c_str());
-  refuse(HostKind::file, path, "created", error);
+UnfinishedFile::~UnfinishedFile() { ::unlink(unfinished_.c_str()); }
+
+void UnfinishedFile::finish() const {
+  const int error = move_without_replacing(unfinished_, path_);
+  if (error != 0) refuse(HostKind::file, path_, "created", error);
 }
 
 }  // namespace kelvo

@@ -3,6 +3,7 @@
 // wrong_kind, or host_refused with the host's reason.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,13 @@ void rename_on_host(const std::string& from, const std::string& to, HostKind kin
 /// The copy has its name only once it is whole.
 void copy_host_file(const std::string& from, const std::string& to);
 
+/// Writes the first `bytes` bytes of a file, or as many as it has, over those of another one, which
+/// is there.
+void copy_bytes(const std::string& from, const std::string& to, std::uintmax_t bytes);
+
+/// Throws unless the file, which is there, can grow by so many bytes.
+void expect_room(const std::string& path, std::uintmax_t bytes);
+
 void remove_host_file(const std::string& path);
 
 /// Throws where the directory cannot be removed: it is not empty and `recursive` is false, or
@@ -45,10 +53,22 @@ bool is_same_on_host(const std::string& one, const std::string& other);
 /// Whether `used` is the directory or leads to something below it.
 bool is_within_directory(const std::string& used, const std::string& directory);
 
-/// The name beside `path` under which a new file is written until it is whole.
-std::string unfinished_name(const std::string& path);
+/// The name beside that of a new file under which it is written until it is whole. Removes what is
+/// left there when the file was not finished.
+class UnfinishedFile {
+ public:
+  explicit UnfinishedFile(std::string path);
+  UnfinishedFile(const UnfinishedFile&) = delete;
+  UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+  ~UnfinishedFile();
 
-/// Gives the file written beside its name.
-void finish_file(const std::string& path);
+  [[nodiscard]] const std::string& path() const noexcept { return unfinished_; }
+  /// Gives the file its name.
+  void finish() const;
+
+ private:
+  std::string path_;
+  std::string unfinished_;
+};
 
 }  // namespace kelvo

@@ -2,14 +2,6 @@
 // members are moved up into the new root.
 #include "storage/repack.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstring>
-#include <utility>
 #include <vector>
 
 #include "storage/check.h"
@@ -26,39 +18,6 @@ namespace {
 const char* const moving_group = "/\x01kelvo";
 
 std::string cannot_repack() { return "The file cannot be copied"; }
-
-// Removes the unfinished file unless it got its name.
-class Unfinished {
- public:
-  explicit Unfinished(const std::string& path) : path_(unfinished_name(path)) {}
-  Unfinished(const Unfinished&) = delete;
-  Unfinished& operator=(const Unfinished&) = delete;
-  ~Unfinished() { ::unlink(path_.c_str()); }
-
-  [[nodiscard]] const std::string& path() const noexcept { return path_; }
-
- private:
-  std::string path_;
-};
-
-class Descriptor {
- public:
-  Descriptor(const std::string& path, int flags)
-      : number_(::open(path.c_str(), flags | O_CLOEXEC)) {
-    if (number_ < 0) {
-      throw StatementError(Status::host_refused,
-                           "File " + quoted(path) + " cannot be opened: " + std::strerror(errno));
-    }
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() { ::close(number_); }
-
-  [[nodiscard]] int get() const noexcept { return number_; }
-
- private:
-  int number_;
-};
 
 FileHandle create_unfinished(const std::string& path, hid_t creation, const FileOptions& options) {
   const PropertyHandle access(check_id(H5Pcreate(H5P_FILE_ACCESS), cannot_repack));
@@ -119,22 +78,6 @@ void copy_root(hid_t from, hid_t to) {
   copy_references(from, "/", to, "/", objects_below(from, "/"));
 }
 
-void copy_user_block(const std::string& from, const std::string& to, hsize_t size) {
-  const Descriptor source(from, O_RDONLY);
-  const Descriptor copy(to, O_WRONLY);
-  std::array<char, 65536> bytes{};
-  for (hsize_t done = 0; done < size;) {
-    const auto wanted = static_cast<std::size_t>(std::min<hsize_t>(size - done, bytes.size()));
-    const ssize_t got = ::pread(source.get(), bytes.data(), wanted, static_cast<off_t>(done));
-    if (got <= 0 || ::pwrite(copy.get(), bytes.data(), static_cast<std::size_t>(got),
-                             static_cast<off_t>(done)) != got) {
-      throw StatementError(Status::host_refused, "The user block of " + quoted(from) +
-                                                     " cannot be copied: " + std::strerror(errno));
-    }
-    done += static_cast<hsize_t>(got);
-  }
-}
-
 struct Counts {
   std::size_t objects = 0;
   std::size_t links = 0;
@@ -177,15 +120,15 @@ void repack_file(const std::string& from, const std::string& to, const FileOptio
   const FileHandle source = open_file(from, Access::read, options);
   refuse_links_to_root(source.get());
   const PropertyHandle creation = creation_of(source.get());
-  const Unfinished unfinished(to);
+  const UnfinishedFile unfinished(to);
   FileHandle copy = create_unfinished(unfinished.path(), creation.get(), options);
   copy_root(source.get(), copy.get());
   check_done(copy.reset(), [&to] { return "File " + quoted(to) + " cannot be written"; });
   hsize_t block = 0;
   check_done(H5Pget_userblock(creation.get(), &block), cannot_repack);
-  if (block > 0) copy_user_block(from, unfinished.path(), block);
+  copy_bytes(from, unfinished.path(), block);
   check_copy(source.get(), unfinished.path(), options);
-  finish_file(to);
+  unfinished.finish();
 }
 
 }  // namespace kelvo

@@ -1,6 +1,8 @@
 """COPY of every kind, read back with h5py; what is copied is made by h5py."""
 
 import os
+import resource
+import signal
 
 import h5py
 import numpy as np
@@ -229,10 +231,30 @@ def test_file_errors(file, kelvo):
     assert kelvo.error("COPY FILE no TO b") == (-3, f'File "{path("no")}" does not exist')
     assert kelvo.error("COPY FILE d TO b") == (-5, f'"{path("d")}" is a directory, not a file')
     assert kelvo.error("COPY FILE a.h5 TO no/b") == (
-        -8, f'File "{path("a.h5")}" cannot be copied to "{path("no/b")}": No such file or directory')
+        -8, f'File "{path("no/b")}" cannot be created: No such file or directory')
     assert kelvo.error("COPY FILE text TO b.h5 REPACK") == (-9, f'File "{path("text")}" is not an HDF5 file')
     with h5py.File(path("loop.h5"), "w") as made:
         made["g/root"] = made["/"]
     assert kelvo.error("COPY FILE loop.h5 TO b.h5 REPACK") == (
         -7, "A file with a hard link to its root group cannot be repacked")
     assert sorted(os.listdir(kelvo.folder)) == ["a.h5", "d", "loop.h5", "text"]
+
+
+def allow_20_kilobytes():
+    """In a child: what writes more fails as on a full disk, without the signal that would end the process."""
+    signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+    resource.setrlimit(resource.RLIMIT_FSIZE, (20000, 20000))
+
+
+def test_full_disk_leaves_no_half_file(file, kelvo):
+    before = kelvo.path("a.h5").read_bytes()
+    assert len(before) > 100000
+    path = kelvo.path
+    assert kelvo.error("COPY FILE a.h5 TO b.h5", preexec_fn=allow_20_kilobytes) == (
+        -8, f'File "{path("b.h5")}" cannot be written: File too large')
+    with h5py.File(path("a.h5"), "r") as made:
+        stored = made["g/x"].id.get_storage_size() + made["g/text"].id.get_storage_size()
+    status, message = kelvo.error("COPY FILE a.h5 TO b.h5 REPACK", preexec_fn=allow_20_kilobytes)
+    assert (status, message) == (
+        -8, f'File "{path("b.h5")}" has no room for {stored} bytes more: File too large')
+    assert os.listdir(kelvo.folder) == ["a.h5"] and path("a.h5").read_bytes() == before
