@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdio>
 #include <new>
+#include <thread>
 
 #include "statements/family.h"
 #include "storage/check.h"
@@ -24,6 +25,11 @@ void debug_line(const std::string& text) {
 }
 
 }  // namespace
+
+int default_threads() noexcept {
+  const unsigned processors = std::thread::hardware_concurrency();
+  return static_cast<int>(std::clamp(processors, 1U, static_cast<unsigned>(most_threads)));
+}
 
 Session::Session() {
   take_over_locking();
@@ -110,7 +116,8 @@ void Session::use_file(const std::string& path, bool read_only) {
   UsedFile file;
   file.path = path;
   file.read_only = read_only;
-  file.handle = open_file(path, Access::read, settings_.file_options);
+  file.options = settings_.file_options;
+  file.handle = open_file(path, Access::read, file.options);
   files_.push_back(std::move(file));
 }
 
@@ -163,15 +170,18 @@ hid_t Session::open_used(UsedFile& file, Access access) {
   if (file.handle && (access == Access::read || file.access == Access::write))
     return file.handle.get();
   file.handle.reset();
-  file.handle = open_file(file.path, access, settings_.file_options);
+  file.handle = open_file(file.path, access, file.options);
   file.access = access;
   return file.handle.get();
 }
 
 void Session::end_writing() {
+  const H5F_scope_t scope = settings_.flush == Flush::local ? H5F_SCOPE_LOCAL : H5F_SCOPE_GLOBAL;
   for (UsedFile& file : files_) {
     if (!file.handle || file.access == Access::read) continue;
     file.access = Access::read;
+    // Should it fail, closing fails too and says so.
+    if (settings_.flush != Flush::disable) H5Fflush(file.handle.get(), scope);
     check_done(file.handle.reset(),
                [&file] { return "File " + quoted(file.path) + " cannot be written"; });
   }

@@ -14,11 +14,21 @@
 
 namespace kelvo {
 
+constexpr int most_threads = 256;
+
+/// One for each processor, at most most_threads.
+int default_threads() noexcept;
+
+enum class Flush { disable, local, global };
+
+/// What SET sets. A new process begins with what stands here.
 struct Settings {
   bool debug = false;
   FileOptions file_options;
-  std::string external_link_prefix;  // a directory that files may reach too; "" for none
+  std::string external_link_prefix;  // an absolute directory that files may reach too; "" for none
   ChunkCache chunk_cache;
+  Flush flush = Flush::disable;  // of a file that was written, at the end of the statement
+  int threads = default_threads();
 };
 
 /// An object that a statement names, found: the open file that it is in, and its path there.
@@ -82,7 +92,8 @@ class Session {
     std::string path;
     std::string group = "/";
     bool read_only = false;
-    FileHandle handle;  // empty between a statement that wrote and the next that needs the file
+    FileOptions options;  // as they were when it was put in use
+    FileHandle handle;    // empty between a statement that wrote and the next that needs the file
     Access access = Access::read;
   };
 

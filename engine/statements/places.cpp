@@ -3,9 +3,14 @@
 
 #include "error.h"
 #include "session.h"
-#include "storage/object.h"
 
 namespace kelvo {
+
+void expect_no_attribute(const Target& target, ObjectKind wanted) {
+  if (!target.attribute) return;
+  throw StatementError(Status::wrong_kind,
+                       quoted(target.shown()) + " is an attribute, not " + with_article(wanted));
+}
 
 ElementPlace open_place(const Target& target, Session& session) {
   if (target.attribute) {

@@ -1,5 +1,4 @@
-// SHOW: the table of its forms. Their bodies are in show_objects.cpp, show_properties.cpp and
-// show_session.cpp.
+// SHOW: the table of its forms, in the order of the help. Their bodies are in show_*.cpp.
 #include "statements/show.h"
 
 #include <array>
@@ -8,17 +7,46 @@ namespace kelvo {
 namespace {
 
 constexpr std::array forms = {
+    Form{"FILE VALIDITY", show_file_validity},
+    Form{"USE DIRECTORY", show_use_directory},
     Form{"USE FILE", show_use_file},
+    Form{"ALL USE FILE", show_all_use_file},
     Form{"USE GROUP", show_use_group},
     Form{"GROUP", show_group},
     Form{"DATASET", show_dataset},
     Form{"ATTRIBUTE", show_attribute},
+    Form{"LINK", show_link},
+    Form{"EXTERNAL LINK", show_external_link},
     Form{"TYPE", show_type},
     Form{"DATA TYPE", show_data_type},
+    Form{"MEMBER", show_member},
+    Form{"MASK", show_mask},
+    Form{"ENDIANNESS", show_endianness},
+    Form{"CHARSET", show_charset},
+    Form{"STORAGE TYPE", show_storage_type},
+    Form{"STORAGE ALLOCATION", show_storage_allocation},
+    Form{"STORAGE DIMENSION", show_storage_dimension},
     Form{"DIMENSION", show_dimension},
+    Form{"ORDER", show_order},
+    Form{"TAG", show_tag},
+    Form{"OFFSET", show_offset},
+    Form{"FILL TYPE", show_fill_type},
+    Form{"FILL VALUE", show_fill_value},
+    Form{"FILE SIZE", show_file_size},
+    Form{"SIZE", show_size},
     Form{"KELVO VERSION", show_kelvo_version},
     Form{"HDF5 VERSION", show_hdf5_version},
     Form{"MPI VERSION", show_mpi_version},
+    Form{"DIRECTORY", show_directory},
+    Form{"FILE", show_file},
+    Form{"EXECUTE STATUS", show_execute_status},
+    Form{"LIBRARY BOUNDS", show_library_bounds},
+    Form{"CACHE", show_cache},
+    Form{"ATOMIC", show_atomic},
+    Form{"EXTERNAL LINK PREFIX", show_external_link_prefix},
+    Form{"FLUSH", show_flush},
+    Form{"THREAD", show_thread},
+    Form{"PLUGIN PATH", show_plugin_path},
     Form{"DEBUG", show_debug},
 };
 

@@ -4,10 +4,17 @@
 
 #include "session.h"
 #include "statements/family.h"
-#include "storage/object.h"
+#include "storage/host_listing.h"
 
 namespace kelvo {
 namespace {
+
+Answer use_directory(Parser& parser, Session& /*session*/) {
+  const std::string path = host_path(parser.expect_path("a directory"));
+  parser.expect_end();
+  change_working_directory(path);
+  return nullptr;
+}
 
 Answer use_file(Parser& parser, Session& session) {
   const std::string path = host_path(parser.expect_path("a file"));
@@ -26,6 +33,7 @@ Answer use_group(Parser& parser, Session& session) {
 }
 
 constexpr std::array forms = {
+    Form{"DIRECTORY", use_directory},
     Form{"FILE", use_file},
     Form{"GROUP", use_group},
 };

@@ -23,7 +23,8 @@ PropertyHandle file_access(const FileOptions& options) {
   // The library's own choice when it opens a virtual dataset's source: with any other it could not
   // share a file with us, and would take that for a source that is not there.
   check_done(H5Pset_fclose_degree(list.get(), H5F_CLOSE_WEAK), cannot_set_up);
-  check_done(H5Pset_libver_bounds(list.get(), options.low, options.high), cannot_set_up);
+  check_done(H5Pset_libver_bounds(list.get(), options.low.version, options.high.version),
+             cannot_set_up);
   return list;
 }
 

@@ -1,7 +1,9 @@
 // HDF5 files on the host: opening, creating, and saying why one cannot be opened.
 #pragma once
 
+#include <array>
 #include <string>
+#include <string_view>
 
 #include "storage/handle.h"
 
@@ -9,10 +11,24 @@ namespace kelvo {
 
 enum class Access { read, write };
 
+/// A version of the HDF5 library as a bound of the file formats that are used, and how users write
+/// it. Two words may mean the same version.
+struct LibraryBound {
+  std::string_view word;
+  H5F_libver_t version;
+};
+
+constexpr std::array<LibraryBound, 4> library_bounds = {{
+    {"EARLIEST", H5F_LIBVER_EARLIEST},
+    {"V18", H5F_LIBVER_V18},
+    {"V110", H5F_LIBVER_V110},
+    {"LATEST", H5F_LIBVER_LATEST},
+}};
+
 /// What files are opened and created with; settings of the session.
 struct FileOptions {
-  H5F_libver_t low = H5F_LIBVER_EARLIEST;
-  H5F_libver_t high = H5F_LIBVER_LATEST;
+  LibraryBound low = library_bounds.front();
+  LibraryBound high = library_bounds.back();
 };
 
 /// The host path that a user's file word means: a leading "~/" is the home directory, and the

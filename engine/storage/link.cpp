@@ -184,21 +184,24 @@ void create_external_link(hid_t file, const std::string& path, const std::string
              [&path] { return cannot_make(NameKind::external_link, path); });
 }
 
-void copy_link(hid_t from_file, const std::string& from, hid_t to_file, const std::string& to) {
-  const H5L_info_t info = link_info(from_file, from);
+LinkTarget link_target(hid_t file, const std::string& path) {
+  const H5L_info_t info = link_info(file, path);
   std::string value(info.u.val_size + 1, '\0');
-  check_done(H5Lget_val(from_file, from.c_str(), value.data(), info.u.val_size, H5P_DEFAULT),
-             [&from] { return cannot_read(from); });
-  if (info.type == H5L_TYPE_SOFT) {
-    value.resize(value.find('\0'));
-    return create_soft_link(to_file, to, value);
-  }
+  check_done(H5Lget_val(file, path.c_str(), value.data(), info.u.val_size, H5P_DEFAULT),
+             [&path] { return cannot_read(path); });
+  if (info.type == H5L_TYPE_SOFT) return {std::nullopt, value.c_str()};
   unsigned flags = 0;
   const char* target_file = nullptr;
   const char* target = nullptr;
   check_done(H5Lunpack_elink_val(value.data(), info.u.val_size, &flags, &target_file, &target),
-             [&from] { return cannot_read(from); });
-  create_external_link(to_file, to, target_file, target);
+             [&path] { return cannot_read(path); });
+  return {target_file, target};
+}
+
+void copy_link(hid_t from_file, const std::string& from, hid_t to_file, const std::string& to) {
+  const LinkTarget target = link_target(from_file, from);
+  if (!target.file) return create_soft_link(to_file, to, target.object);
+  create_external_link(to_file, to, *target.file, target.object);
 }
 
 void move_name(hid_t file, const std::string& from, const std::string& to) {

@@ -2,6 +2,7 @@
 // removing it.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,6 +46,15 @@ void create_soft_link(hid_t file, const std::string& path, const std::string& ta
 void create_hard_link(hid_t file, const std::string& path, const std::string& target);
 void create_external_link(hid_t file, const std::string& path, const std::string& target_file,
                           const std::string& target);
+/// Where a link leads, as it is stored: the path of an object and, for an external link, the file.
+struct LinkTarget {
+  std::optional<std::string> file;
+  std::string object;
+};
+
+/// `path` must be that of a link of kind link or external_link.
+LinkTarget link_target(hid_t file, const std::string& path);
+
 /// As the other link, whose kind is link or external_link, is.
 void copy_link(hid_t from_file, const std::string& from, hid_t to_file, const std::string& to);
 void move_name(hid_t file, const std::string& from, const std::string& to);

@@ -1,39 +1,325 @@
-// Walking the links of groups and the attributes of objects.
+// Walking the links of groups and the attributes of objects. A walk keeps the groups on its way
+// open and asks each for its members by their names, so that no path is looked up from the root.
 #include "storage/listing.h"
 
+#include <algorithm>
+#include <filesystem>
+#include <list>
+#include <map>
+#include <new>
+#include <optional>
+#include <unordered_set>
+
 #include "storage/check.h"
+#include "storage/object.h"
 
 namespace kelvo {
 namespace {
 
-herr_t add_link_name(hid_t /*group*/, const char* name, const H5L_info_t* /*info*/, void* names) {
-  static_cast<std::vector<std::string>*>(names)->emplace_back(name);
-  return 0;
+struct Entry {
+  std::string name;
+  H5L_type_t type = H5L_TYPE_HARD;
+  bool is_tracked = false;
+  std::int64_t order = 0;
+};
+
+// Exceptions must not pass through the HDF5 library: -1 stops the iteration.
+template <typename Info>
+herr_t add_entry(const char* name, H5L_type_t type, const Info* info, void* entries) noexcept {
+  try {
+    static_cast<std::vector<Entry>*>(entries)->push_back(
+        {name, type, info->corder_valid != 0, static_cast<std::int64_t>(info->corder)});
+    return 0;
+  } catch (const std::bad_alloc&) {
+    return -1;
+  }
 }
 
-herr_t add_attribute_name(hid_t /*object*/, const char* name, const H5A_info_t* /*info*/,
-                          void* names) {
-  static_cast<std::vector<std::string>*>(names)->emplace_back(name);
-  return 0;
+herr_t add_link(hid_t /*group*/, const char* name, const H5L_info_t* info, void* entries) noexcept {
+  return add_entry(name, info->type, info, entries);
 }
+
+herr_t add_attribute(hid_t /*object*/, const char* name, const H5A_info_t* info,
+                     void* entries) noexcept {
+  return add_entry(name, H5L_TYPE_HARD, info, entries);
+}
+
+void sort_by_creation(std::vector<Entry>* entries) {
+  const bool tracked = std::all_of(entries->begin(), entries->end(),
+                                   [](const Entry& entry) { return entry.is_tracked; });
+  if (!tracked) return;
+  std::sort(entries->begin(), entries->end(),
+            [](const Entry& left, const Entry& right) { return left.order < right.order; });
+}
+
+// An object, the same under whatever name it is found.
+struct Identity {
+  unsigned file;  // the walk's own number of the file
+  haddr_t address;
+
+  bool operator==(const Identity&) const = default;
+};
+
+struct IdentityHash {
+  std::size_t operator()(const Identity& identity) const noexcept {
+    return std::hash<haddr_t>()(identity.address ^ (haddr_t{identity.file} << 48U));
+  }
+};
+
+// The objects that a walk has come to.
+class SeenObjects {
+ public:
+  /// Whether it is new. `links` is the number of hard links to it: an object with only one cannot
+  /// be met twice on a walk through hard links, so that it is merely noted, which is much faster.
+  bool add(const Identity& object, unsigned links) {
+    if (links > 1 || all_known_) return known_.insert(object).second;
+    noted_.push_back(object);
+    return true;
+  }
+
+  /// To be called before links that are not counted are followed.
+  void know_all() {
+    known_.insert(noted_.begin(), noted_.end());
+    noted_ = {};
+    all_known_ = true;
+  }
+
+ private:
+  std::unordered_set<Identity, IdentityHash> known_;
+  std::vector<Identity> noted_;
+  bool all_known_ = false;
+};
+
+// Holds the metadata cache of a file at a steady size while it lives. A walk comes to most things
+// once: a cache that grows with what it meets, as the HDF5 library's does by itself, costs time and
+// memory and is never hit.
+class SteadyMetadataCache {
+ public:
+  explicit SteadyMetadataCache(hid_t file) : file_(file) {
+    before_.version = H5AC__CURR_CACHE_CONFIG_VERSION;
+    check_done(H5Fget_mdc_config(file_, &before_), cannot_set);
+    H5AC_cache_config_t steady = before_;
+    steady.set_initial_size = true;
+    steady.initial_size = steady.min_size = bytes;
+    steady.incr_mode = H5C_incr__off;
+    steady.decr_mode = H5C_decr__off;
+    check_done(H5Fset_mdc_config(file_, &steady), cannot_set);
+  }
+  SteadyMetadataCache(const SteadyMetadataCache&) = delete;
+  SteadyMetadataCache& operator=(const SteadyMetadataCache&) = delete;
+  ~SteadyMetadataCache() { H5Fset_mdc_config(file_, &before_); }
+
+ private:
+  // Enough for the index of a group of some hundred thousand members, which each of them is looked
+  // up in. It still grows for a single thing that is larger.
+  static constexpr std::size_t bytes = std::size_t{8} * 1024 * 1024;
+  static std::string cannot_set() { return "The metadata cache cannot be set"; }
+
+  hid_t file_;
+  H5AC_cache_config_t before_{};
+};
+
+// Numbers files by their names: the HDF5 library's own numbers change whenever a file is opened
+// again, which a walk through external links does.
+class FileNumbers {
+ public:
+  explicit FileNumbers(hid_t object) { number_of(object); }
+
+  unsigned number_of(hid_t object) {
+    std::string name(
+        static_cast<std::size_t>(std::max<ssize_t>(0, H5Fget_name(object, nullptr, 0))), '\0');
+    H5Fget_name(object, name.data(), name.size() + 1);
+    std::error_code error;
+    const std::string canonical = std::filesystem::weakly_canonical(name, error).string();
+    return numbers_.try_emplace(error ? name : canonical, static_cast<unsigned>(numbers_.size()))
+        .first->second;
+  }
+
+ private:
+  std::map<std::string, unsigned> numbers_;
+};
+
+class Walk {
+ public:
+  Walk(hid_t file, const std::string& group, const ListingRequest& request)
+      : request_(request), root_path_(group), root_(open_group(file, group)), files_(root_.get()) {}
+
+  std::vector<std::string> run() {
+    const H5O_info_t info = check_info(root_.get(), ".", root_path_);
+    root_file_number_ = info.fileno;
+    seen_.add({0, info.addr}, info.rc);
+    descend(0, "", ".", H5I_INVALID_HID);
+    walk();
+    follow_links();
+    return {std::make_move_iterator(found_.begin()), std::make_move_iterator(found_.end())};
+  }
+
+ private:
+  using Place = std::list<std::string>::iterator;
+
+  // A group on the way down.
+  struct Level {
+    GroupHandle group;
+    unsigned file = 0;
+    std::string prefix;  // of its members' paths
+    std::vector<Entry> entries;
+    std::size_t next = 0;
+  };
+
+  // A soft or external link that is followed once all that hard links lead to is known.
+  struct Deferred {
+    Place place;
+    std::string name;
+    std::string path;
+  };
+
+  [[nodiscard]] std::string shown(const std::string& path) const {
+    return (root_path_ == "/" ? "/" : root_path_ + "/") + path;
+  }
+
+  static std::optional<H5O_info_t> info_of(hid_t group, const std::string& name) {
+    H5O_info_t info;
+    if (H5Oget_info_by_name2(group, name.c_str(), &info, H5O_INFO_BASIC, H5P_DEFAULT) < 0)
+      return std::nullopt;
+    return info;
+  }
+
+  [[nodiscard]] static H5O_info_t check_info(hid_t group, const std::string& name,
+                                             const std::string& shown) {
+    const std::optional<H5O_info_t> info = info_of(group, name);
+    if (!info) fail_hdf5("Object " + quoted(shown) + " cannot be read");
+    return *info;
+  }
+
+  // Goes into the group that `name` names from the open group (the root of the walk if invalid).
+  void descend(unsigned file, std::string prefix, const std::string& name, hid_t group) {
+    const auto what = [this, &prefix] {
+      return "Group " + quoted(prefix.empty() ? root_path_ : shown(prefix)) + " cannot be read";
+    };
+    Level level;
+    const hid_t from = group < 0 ? root_.get() : group;
+    level.group = GroupHandle(check_id(H5Gopen2(from, name.c_str(), H5P_DEFAULT), what));
+    level.file = file;
+    check_done(H5Literate(level.group.get(), H5_INDEX_NAME, H5_ITER_INC, nullptr, add_link,
+                          &level.entries),
+               what);
+    if (request_.by_order) sort_by_creation(&level.entries);
+    if (!prefix.empty()) prefix += '/';
+    level.prefix = std::move(prefix);
+    levels_.push_back(std::move(level));
+  }
+
+  // Levels are kept in a list of their own instead of the call stack: a file may nest its groups as
+  // deeply as it likes.
+  void walk() {
+    while (!levels_.empty()) {
+      Level& level = levels_.back();
+      if (level.next == level.entries.size()) {
+        levels_.pop_back();
+        continue;
+      }
+      const Entry& entry = level.entries[level.next++];
+      entry.type == H5L_TYPE_HARD ? take_object(level, entry) : take_link(level, entry);
+    }
+  }
+
+  [[nodiscard]] bool is_wanted(H5O_type_t type) const {
+    return (type == H5O_TYPE_GROUP && request_.kind == MemberKind::group) ||
+           (type == H5O_TYPE_DATASET && request_.kind == MemberKind::dataset);
+  }
+
+  [[nodiscard]] bool is_wanted(H5L_type_t type) const {
+    return (type == H5L_TYPE_SOFT && request_.kind == MemberKind::soft_link) ||
+           (type == H5L_TYPE_EXTERNAL && request_.kind == MemberKind::external_link);
+  }
+
+  [[nodiscard]] bool is_named(const std::string& name, const std::string& path) const {
+    return !request_.is_named || request_.is_named(name, path);
+  }
+
+  void list(hid_t group, const std::string& name_there, const std::string& path) {
+    if (!request_.is_chosen || request_.is_chosen(group, name_there)) found_.insert(place_, path);
+  }
+
+  void take_object(const Level& level, const Entry& entry) {
+    const std::string path = level.prefix + entry.name;
+    const bool named = is_named(entry.name, path);
+    const bool lists_links =
+        request_.kind == MemberKind::soft_link || request_.kind == MemberKind::external_link;
+    if (!request_.recursive && (!named || lists_links)) return;
+    const hid_t group = level.group.get();
+    const H5O_info_t info = check_info(group, entry.name, shown(path));
+    if (request_.recursive && !seen_.add({level.file, info.addr}, info.rc)) return;
+    if (named && is_wanted(info.type)) list(group, entry.name, path);
+    if (request_.recursive && info.type == H5O_TYPE_GROUP)
+      descend(level.file, path, entry.name, group);
+  }
+
+  void take_link(const Level& level, const Entry& entry) {
+    const std::string path = level.prefix + entry.name;
+    const bool named = is_named(entry.name, path);
+    if (named && is_wanted(entry.type)) list(level.group.get(), entry.name, path);
+    if (request_.recursive) {
+      deferred_.push_back({found_.insert(place_, std::string()), entry.name, path});
+    } else if (named &&
+               (request_.kind == MemberKind::group || request_.kind == MemberKind::dataset)) {
+      const std::optional<H5O_info_t> info = info_of(level.group.get(), entry.name);
+      if (info && is_wanted(info->type)) list(level.group.get(), entry.name, path);
+    }
+  }
+
+  // Following one link may defer others, behind those that wait already.
+  void follow_links() {
+    if (!deferred_.empty()) seen_.know_all();
+    for (; !deferred_.empty(); deferred_.pop_front()) {
+      place_ = deferred_.front().place;
+      follow(deferred_.front());
+      walk();
+      found_.erase(place_);
+    }
+  }
+
+  void follow(const Deferred& link) {
+    const std::optional<H5O_info_t> info = info_of(root_.get(), link.path);
+    if (!info) return;
+    // Opened, so that the file stays open until it is numbered and its group is.
+    const ObjectHandle object(H5Oopen(root_.get(), link.path.c_str(), H5P_DEFAULT));
+    if (!object) return;
+    const unsigned file = info->fileno == root_file_number_ ? 0 : files_.number_of(object.get());
+    if (!seen_.add({file, info->addr}, info->rc)) return;
+    if (is_wanted(info->type) && is_named(link.name, link.path))
+      list(root_.get(), link.path, link.path);
+    if (info->type == H5O_TYPE_GROUP) descend(file, link.path, link.path, root_.get());
+  }
+
+  const ListingRequest& request_;
+  std::string root_path_;
+  GroupHandle root_;
+  FileNumbers files_;  // the root's file is number 0
+  unsigned long root_file_number_ = 0;
+  SeenObjects seen_;
+  std::vector<Level> levels_;
+  std::list<Deferred> deferred_;
+  std::list<std::string> found_;  // with an empty text in the place of each deferred link
+  Place place_ = found_.end();    // where the next path comes
+};
 
 }  // namespace
 
-std::vector<std::string> member_names(hid_t file, const std::string& group, ObjectKind kind) {
-  const GroupHandle opened = open_group(file, group);
-  std::vector<std::string> names;
-  check_done(H5Literate(opened.get(), H5_INDEX_NAME, H5_ITER_INC, nullptr, add_link_name, &names),
-             [&group] { return "Group " + quoted(group) + " cannot be read"; });
-  std::erase_if(names, [&](const std::string& name) {
-    return kind_at(file, (group == "/" ? "/" : group + "/") + name) != kind;
-  });
-  return names;
+std::vector<std::string> list_members(hid_t file, const std::string& group,
+                                      const ListingRequest& request) {
+  const SteadyMetadataCache cache(file);
+  return Walk(file, group, request).run();
 }
 
-std::vector<std::string> attribute_names(hid_t object, const std::string& path) {
-  std::vector<std::string> names;
-  check_done(H5Aiterate2(object, H5_INDEX_NAME, H5_ITER_INC, nullptr, add_attribute_name, &names),
+std::vector<std::string> attribute_names(hid_t object, const std::string& path, bool by_order) {
+  std::vector<Entry> entries;
+  check_done(H5Aiterate2(object, H5_INDEX_NAME, H5_ITER_INC, nullptr, add_attribute, &entries),
              [&path] { return "Attributes of " + quoted(path) + " cannot be read"; });
+  if (by_order) sort_by_creation(&entries);
+  std::vector<std::string> names;
+  names.reserve(entries.size());
+  for (Entry& entry : entries) names.push_back(std::move(entry.name));
   return names;
 }
 

@@ -1,0 +1,88 @@
+// LIKE, GLOB, RECURSIVE and BY ORDER.
+#include "statements/listing_clauses.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "error.h"
+#include "values/pattern.h"
+
+namespace kelvo {
+namespace {
+
+void parse_like(Parser& parser, ListingClauses* clauses) {
+  clauses->like = parser.expect_string("the pattern, a string");
+  if (!parser.accept_keyword("ESCAPE")) return;
+  const std::string escape = parser.expect_string("the escape, a string");
+  if (escape.size() != 1)
+    throw StatementError(Status::out_of_range, "ESCAPE takes a string of one byte");
+  clauses->escape = escape[0];
+}
+
+void parse_glob(Parser& parser, ListingClauses* clauses) {
+  clauses->glob = parser.expect_string("the pattern, a string");
+  const bool goes_down = clauses->glob->find('/') != std::string::npos ||
+                         clauses->glob->find("**") != std::string::npos;
+  clauses->recursive = clauses->recursive || goes_down;
+}
+
+void set_recursive(Parser& /*parser*/, ListingClauses* clauses) { clauses->recursive = true; }
+void set_by_order(Parser& /*parser*/, ListingClauses* clauses) { clauses->by_order = true; }
+
+struct Clause {
+  std::string_view keywords;
+  bool ClauseSet::*needed;  // null: every form has it
+  void (*parse)(Parser& parser, ListingClauses* clauses);
+};
+
+constexpr std::array<Clause, 4> clause_table = {{
+    {"LIKE", nullptr, parse_like},
+    {"GLOB", nullptr, parse_glob},
+    {"RECURSIVE", &ClauseSet::recursive, set_recursive},
+    {"BY ORDER", &ClauseSet::by_order, set_by_order},
+}};
+
+[[noreturn]] void fail_no_clause(Parser& parser, const std::vector<const Clause*>& left) {
+  std::string words;
+  for (const Clause* clause : left) {
+    if (!words.empty()) words += ", ";
+    words += clause->keywords;
+  }
+  if (!words.empty()) words += " or ";
+  parser.fail_expected(words + "the end of the statement");
+}
+
+}  // namespace
+
+ObjectName parse_listed_object(Parser& parser) {
+  return parser.matching_words("BY ORDER") == 2 ? ObjectName() : parser.optional_object();
+}
+
+ListingClauses parse_listing_clauses(Parser& parser, ClauseSet set) {
+  std::vector<const Clause*> left;
+  for (const Clause& clause : clause_table) {
+    if (clause.needed == nullptr || set.*clause.needed) left.push_back(&clause);
+  }
+  ListingClauses clauses;
+  while (parser.peek().kind != TokenKind::end) {
+    const auto next = std::find_if(left.begin(), left.end(), [&parser](const Clause* clause) {
+      return parser.accept_keyword(clause->keywords);
+    });
+    if (next == left.end()) fail_no_clause(parser, left);
+    const Clause* clause = *next;
+    left.erase(next);
+    clause->parse(parser, &clauses);
+  }
+  return clauses;
+}
+
+bool ListingClauses::admit(std::string_view name, std::string_view path,
+                           const std::string& base) const {
+  if (like && !kelvo::like(*like, name, escape)) return false;
+  if (!glob) return true;
+  if (!glob->starts_with('/')) return kelvo::glob(*glob, path);
+  return kelvo::glob(*glob, (base == "/" ? base : base + "/") + std::string(path));
+}
+
+}  // namespace kelvo

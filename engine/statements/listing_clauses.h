@@ -1,0 +1,39 @@
+// The clauses that choose among what SHOW lists, for all forms that list names.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "language/parser.h"
+
+namespace kelvo {
+
+/// Which clauses a form has besides LIKE and GLOB.
+struct ClauseSet {
+  bool recursive = false;
+  bool by_order = false;
+};
+
+struct ListingClauses {
+  std::optional<std::string> like;
+  std::optional<char> escape;
+  std::optional<std::string> glob;
+  bool recursive = false;  // also where the GLOB pattern itself says so, by a "/" or "**"
+  bool by_order = false;
+
+  [[nodiscard]] bool any() const { return like || glob || recursive || by_order; }
+
+  /// Whether LIKE and GLOB admit it. `path` is relative to `base`, an absolute path, and ends in
+  /// `name`.
+  [[nodiscard]] bool admit(std::string_view name, std::string_view path,
+                           const std::string& base) const;
+};
+
+/// The object whose content is listed; it may be left out.
+ObjectName parse_listed_object(Parser& parser);
+
+/// Reads the clauses, in any order and each at most once, to the end of the statement.
+ListingClauses parse_listing_clauses(Parser& parser, ClauseSet set);
+
+}  // namespace kelvo

@@ -1,0 +1,183 @@
+// Reading creation properties and the index of chunks.
+#include "storage/properties.h"
+
+#include <array>
+#include <utility>
+
+#include "storage/check.h"
+
+namespace kelvo {
+namespace {
+
+std::string cannot_read_storage(const ElementPlace& place) {
+  return "The storage of " + place.name + " cannot be read";
+}
+
+PropertyHandle creation_list(const ElementPlace& place) {
+  return PropertyHandle(check_id(H5Dget_create_plist(place.dataset.get()),
+                                 [&place] { return cannot_read_storage(place); }));
+}
+
+template <typename Code, std::size_t n>
+std::string_view word_for(const std::array<std::pair<Code, std::string_view>, n>& words, Code code,
+                          const ElementPlace& place) {
+  for (const auto& [word_code, word] : words) {
+    if (word_code == code) return word;
+  }
+  fail_hdf5(cannot_read_storage(place));
+}
+
+constexpr std::array<std::pair<H5D_layout_t, std::string_view>, 4> layout_words = {{
+    {H5D_COMPACT, "COMPACT"},
+    {H5D_CONTIGUOUS, "CONTIGUOUS"},
+    {H5D_CHUNKED, "CHUNKED"},
+    {H5D_VIRTUAL, "VIRTUAL"},
+}};
+
+constexpr std::array<std::pair<H5D_alloc_time_t, std::string_view>, 3> allocation_words = {{
+    {H5D_ALLOC_TIME_EARLY, "EARLY"},
+    {H5D_ALLOC_TIME_LATE, "LATE"},
+    {H5D_ALLOC_TIME_INCR, "INCREMENTAL"},
+}};
+
+constexpr std::array<std::pair<H5D_fill_value_t, std::string_view>, 3> fill_words = {{
+    {H5D_FILL_VALUE_UNDEFINED, "UNDEFINED"},
+    {H5D_FILL_VALUE_DEFAULT, "DEFAULT"},
+    {H5D_FILL_VALUE_USER_DEFINED, "USER"},
+}};
+
+H5D_fill_value_t fill_state(const PropertyHandle& creation, const ElementPlace& place) {
+  H5D_fill_value_t state = H5D_FILL_VALUE_ERROR;
+  check_done(H5Pfill_value_defined(creation.get(), &state),
+             [&place] { return cannot_read_storage(place); });
+  return state;
+}
+
+std::vector<Extent> chunk_extents(const PropertyHandle& creation, const ElementPlace& place) {
+  std::vector<Extent> chunk(place.space.extents.size());
+  check_done(H5Pget_chunk(creation.get(), static_cast<int>(chunk.size()), chunk.data()),
+             [&place] { return cannot_read_storage(place); });
+  return chunk;
+}
+
+unsigned order_flags(hid_t object, const std::string& name) {
+  const auto what = [&name] { return "The properties of " + name + " cannot be read"; };
+  unsigned flags = 0;
+  if (H5Iget_type(object) == H5I_GROUP) {
+    const PropertyHandle list(check_id(H5Gget_create_plist(object), what));
+    check_done(H5Pget_link_creation_order(list.get(), &flags), what);
+  } else {
+    const bool is_dataset = H5Iget_type(object) == H5I_DATASET;
+    const PropertyHandle list(
+        check_id(is_dataset ? H5Dget_create_plist(object) : H5Tget_create_plist(object), what));
+    check_done(H5Pget_attr_creation_order(list.get(), &flags), what);
+  }
+  return flags;
+}
+
+// A file that is never written anywhere.
+FileHandle memory_file() {
+  const auto what = [] { return std::string("A file in memory cannot be made"); };
+  const PropertyHandle access(check_id(H5Pcreate(H5P_FILE_ACCESS), what));
+  check_done(H5Pset_fapl_core(access.get(), std::size_t{64} * 1024, false), what);
+  check_done(H5Pset_fclose_degree(access.get(), H5F_CLOSE_STRONG), what);
+  return FileHandle(
+      check_id(H5Fcreate("kelvo-memory", H5F_ACC_TRUNC, H5P_DEFAULT, access.get()), what));
+}
+
+// What the fill value owns, given back when it goes.
+class FillBytes {
+ public:
+  FillBytes(const ElementPlace& place, const PropertyHandle& creation)
+      : type_(place.memory_type.get()), bytes_(place.type.size) {
+    check_done(H5Pget_fill_value(creation.get(), type_, bytes_.data()),
+               [&place] { return "The fill value of " + place.name + " cannot be read"; });
+  }
+  FillBytes(const FillBytes&) = delete;
+  FillBytes& operator=(const FillBytes&) = delete;
+  ~FillBytes() {
+    const DataspaceHandle one(H5Screate(H5S_SCALAR));
+    H5Dvlen_reclaim(type_, one.get(), H5P_DEFAULT, bytes_.data());
+  }
+
+  [[nodiscard]] const void* data() const { return bytes_.data(); }
+
+ private:
+  hid_t type_;
+  std::vector<std::byte> bytes_;
+};
+
+}  // namespace
+
+StorageDescription describe_storage(const ElementPlace& place) {
+  const auto what = [&place] { return cannot_read_storage(place); };
+  const PropertyHandle creation = creation_list(place);
+  H5D_alloc_time_t allocation = H5D_ALLOC_TIME_ERROR;
+  check_done(H5Pget_alloc_time(creation.get(), &allocation), what);
+  const H5D_layout_t layout = H5Pget_layout(creation.get());
+  StorageDescription storage;
+  storage.type = word_for(layout_words, layout, place);
+  storage.allocation = word_for(allocation_words, allocation, place);
+  storage.fill_type = word_for(fill_words, fill_state(creation, place), place);
+  if (layout == H5D_CHUNKED) storage.chunk = chunk_extents(creation, place);
+  return storage;
+}
+
+std::string_view creation_order(hid_t object, const std::string& name) {
+  const unsigned flags = order_flags(object, name);
+  if ((flags & H5P_CRT_ORDER_INDEXED) != 0) return "INDEXED";
+  return (flags & H5P_CRT_ORDER_TRACKED) != 0 ? "TRACKED" : "NONE";
+}
+
+std::vector<std::uint32_t> chunk_masks(const ElementPlace& place) {
+  const auto what = [&place] { return cannot_read_storage(place); };
+  std::vector<std::uint32_t> masks;
+  if (H5Pget_layout(creation_list(place).get()) != H5D_CHUNKED) return masks;
+  const DataspaceHandle space(check_id(H5Dget_space(place.dataset.get()), what));
+  hsize_t count = 0;
+  check_done(H5Dget_num_chunks(place.dataset.get(), space.get(), &count), what);
+  masks.resize(static_cast<std::size_t>(count));
+  for (hsize_t i = 0; i < count; ++i) {
+    unsigned mask = 0;
+    check_done(
+        H5Dget_chunk_info(place.dataset.get(), space.get(), i, nullptr, &mask, nullptr, nullptr),
+        what);
+    masks[static_cast<std::size_t>(i)] = mask;
+  }
+  return masks;
+}
+
+std::uint64_t stored_bytes(const ElementPlace& place) {
+  return place.attribute ? H5Aget_storage_size(place.attribute.get())
+                         : H5Dget_storage_size(place.dataset.get());
+}
+
+std::uint64_t file_bytes(hid_t file) {
+  hsize_t bytes = 0;
+  check_done(H5Fget_filesize(file, &bytes),
+             [] { return std::string("The size of the file cannot be read"); });
+  return bytes;
+}
+
+std::optional<FillValue> fill_value(const ElementPlace& place) {
+  const auto what = [&place] { return "The fill value of " + place.name + " cannot be read"; };
+  const PropertyHandle creation = creation_list(place);
+  const H5D_fill_value_t state = fill_state(creation, place);
+  if (state == H5D_FILL_VALUE_UNDEFINED) return std::nullopt;
+  FillValue fill;
+  fill.memory = memory_file();
+  const PropertyHandle list(check_id(H5Pcreate(H5P_DATASET_CREATE), what));
+  if (state == H5D_FILL_VALUE_USER_DEFINED) {
+    const FillBytes bytes(place, creation);
+    check_done(H5Pset_fill_value(list.get(), place.memory_type.get(), bytes.data()), what);
+  }
+  const DatatypeHandle type(check_id(H5Tcopy(place.file_type.get()), what));
+  const DataspaceHandle one(check_id(H5Screate(H5S_SCALAR), what));
+  DatasetHandle dataset(check_id(H5Dcreate2(fill.memory.get(), "fill", type.get(), one.get(),
+                                            H5P_DEFAULT, list.get(), H5P_DEFAULT),
+                                 what));
+  fill.place = place_of(std::move(dataset), "The fill value of " + place.name);
+  return fill;
+}
+
+}  // namespace kelvo
