@@ -1,4 +1,4 @@
-// LIKE, GLOB, RECURSIVE and BY ORDER.
+// LIKE, GLOB, RECURSIVE, BY ORDER and WHERE.
 #include "statements/listing_clauses.h"
 
 #include <algorithm>
@@ -30,17 +30,24 @@ void parse_glob(Parser& parser, ListingClauses* clauses) {
 void set_recursive(Parser& /*parser*/, ListingClauses* clauses) { clauses->recursive = true; }
 void set_by_order(Parser& /*parser*/, ListingClauses* clauses) { clauses->by_order = true; }
 
+// Nothing can follow a condition.
+void parse_where(Parser& parser, ListingClauses* clauses) {
+  clauses->where = parse_condition(parser, NameForm::attribute);
+  parser.expect_end(Mode::expression);
+}
+
 struct Clause {
   std::string_view keywords;
   bool ClauseSet::*needed;  // null: every form has it
   void (*parse)(Parser& parser, ListingClauses* clauses);
 };
 
-constexpr std::array<Clause, 4> clause_table = {{
+constexpr std::array<Clause, 5> clause_table = {{
     {"LIKE", nullptr, parse_like},
     {"GLOB", nullptr, parse_glob},
     {"RECURSIVE", &ClauseSet::recursive, set_recursive},
     {"BY ORDER", &ClauseSet::by_order, set_by_order},
+    {"WHERE", &ClauseSet::where, parse_where},
 }};
 
 [[noreturn]] void fail_no_clause(Parser& parser, const std::vector<const Clause*>& left) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "language/expression.h"
 #include "language/parser.h"
 
 namespace kelvo {
@@ -13,6 +14,7 @@ namespace kelvo {
 struct ClauseSet {
   bool recursive = false;
   bool by_order = false;
+  bool where = false;
 };
 
 struct ListingClauses {
@@ -21,8 +23,9 @@ struct ListingClauses {
   std::optional<std::string> glob;
   bool recursive = false;  // also where the GLOB pattern itself says so, by a "/" or "**"
   bool by_order = false;
+  std::optional<Expression> where;  // over attributes
 
-  [[nodiscard]] bool any() const { return like || glob || recursive || by_order; }
+  [[nodiscard]] bool any() const { return like || glob || recursive || by_order || where; }
 
   /// Whether LIKE and GLOB admit it. `path` is relative to `base`, an absolute path, and ends in
   /// `name`.
@@ -33,7 +36,8 @@ struct ListingClauses {
 /// The object whose content is listed; it may be left out.
 ObjectName parse_listed_object(Parser& parser);
 
-/// Reads the clauses, in any order and each at most once, to the end of the statement.
+/// Reads the clauses, WHERE last and the others in any order, each at most once, to the end of the
+/// statement.
 ListingClauses parse_listing_clauses(Parser& parser, ClauseSet set);
 
 }  // namespace kelvo

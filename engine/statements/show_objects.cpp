@@ -1,6 +1,7 @@
 // SHOW of what is in a file: members of groups, attributes, links, kinds.
 #include "error.h"
 #include "session.h"
+#include "statements/attribute_values.h"
 #include "statements/listing_clauses.h"
 #include "statements/places.h"
 #include "statements/show.h"
@@ -11,7 +12,7 @@
 namespace kelvo {
 namespace {
 
-constexpr ClauseSet member_clauses = {.recursive = true, .by_order = true};
+constexpr ClauseSet member_clauses = {.recursive = true, .by_order = true, .where = true};
 
 // As in a shell, "link/" means what the link leads to instead of the link.
 bool means_the_link(const std::string& written) {
@@ -27,6 +28,13 @@ Answer list(const Target& target, const ListingClauses& clauses, MemberKind kind
   request.is_named = [&](const std::string& name, const std::string& path) {
     return clauses.admit(name, path, target.path);
   };
+  if (clauses.where) {
+    request.is_chosen = [&](hid_t group, const std::string& name) {
+      AttributeValues attributes(group, name);
+      return is_fulfilled(*clauses.where,
+                          [&](const std::string& one) { return attributes.find(one); });
+    };
+  }
   return text_rows(list_members(target.file, target.path, request));
 }
 

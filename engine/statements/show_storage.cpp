@@ -3,6 +3,7 @@
 
 #include "error.h"
 #include "query/element_rows.h"
+#include "query/select_plan.h"
 #include "session.h"
 #include "statements/places.h"
 #include "statements/show.h"
@@ -95,9 +96,12 @@ Answer show_fill_value(Parser& parser, Session& session) {
   const Target target = parse_dataset(parser, session);
   std::optional<FillValue> fill = fill_value(open_place(target, session));
   if (!fill) return nullptr;
-  Selection all = resolve_slice({}, fill->place.space, fill->place.name);
-  return std::make_unique<ElementRows>(std::move(fill->memory), std::move(fill->place),
-                                       std::move(all), reference_namer(target.file));
+  Query everything;
+  everything.items.resize(1);
+  everything.items[0].all = true;
+  return std::make_unique<ElementRows>(plan_query(std::move(everything), std::move(fill->memory),
+                                                  std::move(fill->place),
+                                                  reference_namer(target.file)));
 }
 
 }  // namespace kelvo

@@ -3,7 +3,6 @@
 #include "storage/listing.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <list>
 #include <map>
 #include <new>
@@ -11,6 +10,7 @@
 #include <unordered_set>
 
 #include "storage/check.h"
+#include "storage/file.h"
 #include "storage/object.h"
 
 namespace kelvo {
@@ -126,12 +126,7 @@ class FileNumbers {
   explicit FileNumbers(hid_t object) { number_of(object); }
 
   unsigned number_of(hid_t object) {
-    std::string name(
-        static_cast<std::size_t>(std::max<ssize_t>(0, H5Fget_name(object, nullptr, 0))), '\0');
-    H5Fget_name(object, name.data(), name.size() + 1);
-    std::error_code error;
-    const std::string canonical = std::filesystem::weakly_canonical(name, error).string();
-    return numbers_.try_emplace(error ? name : canonical, static_cast<unsigned>(numbers_.size()))
+    return numbers_.try_emplace(file_name(object), static_cast<unsigned>(numbers_.size()))
         .first->second;
   }
 
