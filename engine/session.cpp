@@ -80,7 +80,7 @@ void Session::fail(const StatementError& error) noexcept {
   message_ = error.what();
 }
 
-void Session::debug_begin(const char* statement) const {
+void Session::debug_begin(const char* statement) {
   debug_line(std::string("statement: ") + statement);
 }
 

@@ -98,9 +98,9 @@ class Session {
   };
 
   std::vector<UsedFile>::iterator find_used(const std::string& path);
-  hid_t open_used(UsedFile& file, Access access);
+  static hid_t open_used(UsedFile& file, Access access);
   void end_writing();
-  void debug_begin(const char* statement) const;
+  static void debug_begin(const char* statement);
   void debug_end(Status status, double milliseconds) const;
 
   Settings settings_;
