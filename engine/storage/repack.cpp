@@ -22,7 +22,8 @@ std::string cannot_repack() { return "The file cannot be copied"; }
 FileHandle create_unfinished(const std::string& path, hid_t creation, const FileOptions& options) {
   const PropertyHandle access(check_id(H5Pcreate(H5P_FILE_ACCESS), cannot_repack));
   check_done(H5Pset_fclose_degree(access.get(), H5F_CLOSE_STRONG), cannot_repack);
-  check_done(H5Pset_libver_bounds(access.get(), options.low, options.high), cannot_repack);
+  check_done(H5Pset_libver_bounds(access.get(), options.low.version, options.high.version),
+             cannot_repack);
   return FileHandle(check_id(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, creation, access.get()),
                              [&path] { return "File " + quoted(path) + " cannot be created"; }));
 }
