@@ -299,7 +299,7 @@ class Compiler {
     return side;
   }
 
-  void check_field(const Side& side) {
+  void check_field(const Side& side) const {
     const Type* type = side.field->type;
     if (type != nullptr && !is_comparable(*type)) refuse(side, "cannot be compared");
     if (type != nullptr || scope_.position_is_number) return;
