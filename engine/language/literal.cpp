@@ -143,6 +143,7 @@ Literal any_literal(Parser& parser) {
 }  // namespace
 
 Literal parse_literal(Parser& parser) {
+  const Parser::Nesting nesting(parser);
   const std::size_t position = parser.peek(Mode::expression).position;
   Literal literal = any_literal(parser);
   literal.position = position;

@@ -34,6 +34,15 @@ std::string_view first_word(std::string_view* keywords) {
 
 }  // namespace
 
+Parser::Nesting::Nesting(Parser& parser) : parser_(parser) {
+  constexpr std::size_t deepest = 200;
+  if (parser.depth_ == deepest) {
+    throw StatementError::at(parser.peek(Mode::expression).position,
+                             "Expected at most " + std::to_string(deepest) + " levels");
+  }
+  ++parser.depth_;
+}
+
 const Token& Parser::peek(Mode mode) {
   if (!lookahead_ || mode_ != mode) {
     lookahead_ = scan_token(statement_, offset_, mode);

@@ -21,6 +21,19 @@ struct ObjectName {
 
 class Parser {
  public:
+  /// Stands where a grammar calls itself. Throws, with a position, before the calls use up the
+  /// stack: deeper than 200 of them.
+  class Nesting {
+   public:
+    explicit Nesting(Parser& parser);
+    ~Nesting() { --parser_.depth_; }
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+
+   private:
+    Parser& parser_;
+  };
+
   /// `statement` must outlive the parser.
   explicit Parser(std::string_view statement) : statement_(statement) {}
 
@@ -70,6 +83,7 @@ class Parser {
   ObjectName file_rest(ObjectName object);
 
   std::string_view statement_;
+  std::size_t depth_ = 0;   // of grammars within grammars
   std::size_t offset_ = 0;  // of the first byte not consumed
   Mode mode_ = Mode::words;
   std::optional<Token> lookahead_;  // the token at offset_, read in mode_

@@ -193,10 +193,12 @@ def test_types_that_cannot_be_made(kelvo, text, status, message):
     ("OPAQUE(5) TAG x", 32, 'Expected the tag, a string, found "x"'),
     ("INT PRECISION", 31, "Expected a number of bits or bytes, found the end of the statement"),
     ("ENUMERATION ()", 31, 'Expected the name of a value, found ")"'),
-    ("ENUMERATION (A) OF FLOAT", 42, 'Expected an integer type, found the end of the statement'),
+    ("ENUMERATION (A) OF FLOAT", 37, 'Expected an integer type, found "FLOAT"'),
+    ("ENUMERATION (A) OF VARINT", 37, 'Expected an integer type, found "VARINT"'),
     ("COMPOUND (1 INT)", 28, 'Expected the name of a member, found "1"'),
     ("ARRAY OF INT", 24, 'Expected "[", found "OF"'),
     ("ARRAY [2] INT", 28, 'Expected OF, found "INT"'),
+    ("ARRAY [1] OF " * 5000 + "INT", 18 + 200 * 13, "Expected at most 200 levels"),
     ("REAL(2) PRECISION 16", 38, "Expected OFFSET, found the end of the statement"),
 ])
 def test_texts_that_are_no_type(kelvo, text, position, message):

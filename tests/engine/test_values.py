@@ -132,3 +132,9 @@ def test_values_out_of_range_are_refused(made, type_text, value, message):
 ])
 def test_values_of_another_kind_are_refused(made, type_text, value, message):
     assert made(type_text, value) == (-5, message)
+
+
+def test_values_nested_without_end_are_refused(kelvo):
+    kelvo.rows("CREATE FILE a.h5", "USE FILE a.h5", "CREATE DATASET x INT")
+    assert kelvo.error("USE FILE a.h5", "INSERT INTO x VALUES (" + "[" * 100_000) == (
+        -1, "Expected at most 200 levels", 23 + 200)
