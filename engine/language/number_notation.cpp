@@ -168,7 +168,7 @@ std::size_t expect_type_size(Parser& parser, std::string_view what) {
   parser.expect_symbol(")", Mode::expression);
   if (size == 0)
     throw StatementError(Status::out_of_range, "The size of a type must be at least 1");
-  return size;
+  return static_cast<std::size_t>(size);
 }
 
 Type sequence_of(Type base) {
