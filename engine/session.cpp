@@ -2,8 +2,6 @@
 #include "session.h"
 
 #include <algorithm>
-#include <chrono>
-#include <cstdio>
 #include <new>
 #include <thread>
 
@@ -19,10 +17,6 @@ namespace {
 
 // The prompt of the program holds a path of this many bytes and no more.
 constexpr std::size_t longest_group_path = 1022;
-
-void debug_line(const std::string& text) {
-  std::printf("[debug] %s\n", without_secrets(text).c_str());
-}
 
 }  // namespace
 
@@ -44,8 +38,7 @@ Status Session::execute(const char* statement) {
   message_.clear();
   position_ = 0;
   result_.reset();
-  const auto begin = std::chrono::steady_clock::now();
-  if (settings_.debug) debug_begin(statement);
+  if (settings_.debug) log_.emplace(statement);
   try {
     Parser parser(statement);
     result_.start(run_form(statement_families(), parser, *this));
@@ -66,11 +59,8 @@ Status Session::execute(const char* statement) {
       // The statement has failed already; the first reason is the one to show.
     }
   }
-  if (settings_.debug) {
-    const std::chrono::duration<double, std::milli> elapsed =
-        std::chrono::steady_clock::now() - begin;
-    debug_end(static_cast<Status>(status_), elapsed.count());
-  }
+  if (log_) log_->show_end(static_cast<Status>(status_), result_.elements());
+  log_.reset();
   return static_cast<Status>(status_);
 }
 
@@ -78,26 +68,6 @@ void Session::fail(const StatementError& error) noexcept {
   status_ = static_cast<std::int32_t>(error.status());
   position_ = error.position();
   message_ = error.what();
-}
-
-void Session::debug_begin(const char* statement) {
-  debug_line(std::string("statement: ") + statement);
-}
-
-void Session::debug_end(Status status, double milliseconds) const {
-  if (status != Status::done) {
-    std::string line;
-    for (const char byte : hdf5_error_stack()) {
-      if (byte != '\n') {
-        line += byte;
-        continue;
-      }
-      debug_line("hdf5: " + line);
-      line.clear();
-    }
-  }
-  std::printf("[debug] status %d, %llu elements, %.3f ms\n", static_cast<int>(status),
-              static_cast<unsigned long long>(result_.elements()), milliseconds);
 }
 
 std::vector<Session::UsedFile>::iterator Session::find_used(const std::string& path) {
@@ -193,7 +163,17 @@ hid_t Session::file_in_use(Access access) {
   return open_used(files_.back(), access);
 }
 
+void Session::understood(std::string_view keywords) {
+  if (log_) log_->add_form(keywords);
+}
+
 Target Session::find(const ObjectName& name, Access access) {
+  Target target = find_quietly(name, access);
+  if (log_) log_->show_object(target.shown(), file_name(target.file));
+  return target;
+}
+
+Target Session::find_quietly(const ObjectName& name, Access access) {
   Target target;
   target.attribute = name.attribute;
   if (!name.file) {

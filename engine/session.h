@@ -3,10 +3,13 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "answers/result.h"
+#include "debug.h"
 #include "language/parser.h"
 #include "storage/chunk_cache.h"
 #include "storage/file.h"
@@ -78,6 +81,9 @@ class Session {
   /// the file.
   Target find(const ObjectName& name, Access access);
 
+  /// Notes words of the statement's form, for debug output.
+  void understood(std::string_view keywords);
+
   // --- for api.cpp ---
 
   Result& result() noexcept { return result_; }
@@ -100,8 +106,7 @@ class Session {
   std::vector<UsedFile>::iterator find_used(const std::string& path);
   static hid_t open_used(UsedFile& file, Access access);
   void end_writing();
-  static void debug_begin(const char* statement);
-  void debug_end(Status status, double milliseconds) const;
+  Target find_quietly(const ObjectName& name, Access access);
 
   Settings settings_;
   std::vector<UsedFile> files_;  // the one in use last
@@ -110,6 +115,7 @@ class Session {
   std::int32_t position_ = 0;
   std::int32_t status_ = 0;
   std::int32_t status_before_ = 0;
+  std::optional<StatementLog> log_;  // while a statement runs that is to be shown
 };
 
 }  // namespace kelvo

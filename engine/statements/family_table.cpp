@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "session.h"
 #include "statements/family.h"
 
 namespace kelvo {
@@ -63,6 +64,7 @@ Answer run_form(std::span<const Form> forms, Parser& parser, Session& session) {
   }
   if (best == nullptr) fail_no_form(forms, parser);
   parser.expect_keyword(best->keywords);
+  session.understood(best->keywords);
   return best->run(parser, session);
 }
 

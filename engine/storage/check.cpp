@@ -2,6 +2,7 @@
 #include "storage/check.h"
 
 #include <optional>
+#include <utility>
 
 namespace kelvo {
 namespace {
@@ -18,6 +19,11 @@ herr_t append_line(unsigned /*depth*/, const H5E_error2_t* error, void* lines) {
   text += (error->func_name != nullptr ? error->func_name : "?") + std::string(": ") +
           (error->desc != nullptr ? error->desc : "") + "\n";
   return 0;
+}
+
+std::string& failure_stack() {
+  static std::string lines;
+  return lines;
 }
 
 // Ours among the entries of an error stack: these carry a status in the place of a line number.
@@ -42,6 +48,7 @@ void silence_hdf5() {
 }
 
 std::string hdf5_reason() {
+  failure_stack() = hdf5_error_stack();
   std::string reason;
   H5Ewalk2(H5E_DEFAULT, H5E_WALK_DOWNWARD, keep_description, &reason);
   // A message is one line.
@@ -50,6 +57,8 @@ std::string hdf5_reason() {
   }
   return without_secrets(reason);
 }
+
+std::string take_failure_stack() { return std::exchange(failure_stack(), {}); }
 
 std::string hdf5_error_stack() {
   std::string lines;
@@ -69,8 +78,8 @@ void throw_left_error() {
 }
 
 void fail_hdf5(const std::string& what) {
-  throw_left_error();
   const std::string reason = hdf5_reason();
+  throw_left_error();
   throw StatementError(Status::hdf5_refused, reason.empty() ? what : what + ": " + reason);
 }
 

@@ -18,8 +18,12 @@ void silence_hdf5();
 /// or "" for none.
 std::string hdf5_reason();
 
-/// The whole error stack, outermost call first, one line each; for debug output.
+/// The whole error stack, outermost call first, one line each.
 std::string hdf5_error_stack();
+
+/// The error stack of the last failure that a message was made for, and forgets it; for debug
+/// output. The library's own is gone by then: closing what was open clears it.
+std::string take_failure_stack();
 
 /// Leaves an error of ours on the HDF5 library's error stack, for functions of ours that the
 /// library calls and that cannot throw: the failure of the call that led to them becomes that

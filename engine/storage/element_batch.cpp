@@ -2,6 +2,7 @@
 #include "storage/element_batch.h"
 
 #include "storage/check.h"
+#include "storage/traffic.h"
 
 namespace kelvo {
 
@@ -9,6 +10,7 @@ ElementBatch::ElementBatch(const ElementPlace& place, const Selection& box)
     : place_(place), count_(box.elements()) {
   const auto what = [&place] { return place.name + " cannot be read"; };
   bytes_.resize(count() * place.type.size);
+  traffic_read().add(count_, place.type.size);
   if (place.attribute) {
     check_done(H5Aread(place.attribute.get(), place.memory_type.get(), bytes_.data()), what);
     return;

@@ -9,6 +9,7 @@
 #include "storage/datatype.h"
 #include "storage/object.h"
 #include "storage/sources.h"
+#include "storage/traffic.h"
 
 namespace kelvo {
 namespace {
@@ -164,6 +165,7 @@ void ElementReader::read_dataset(ElementBlock& block, Extent first_row, Extent r
   const herr_t done = H5Dread(place_.dataset.get(), place_.memory_type.get(), memory_space.get(),
                               file_space.get(), H5P_DEFAULT, block.bytes_.data());
   if (done < 0) fail_read(place_);
+  traffic_read().add(elements, place_.type.size);
   block.count_ = static_cast<std::size_t>(elements);
   if (place_.type.has_varying_parts()) block.varying_type_ = place_.memory_type.get();
 }
@@ -174,6 +176,7 @@ void ElementReader::read_attribute(ElementBlock& block) {
   const Extent all = place_.space.elements();
   block.bytes_.resize(static_cast<std::size_t>(all) * place_.type.size);
   check_done(H5Aread(place_.attribute.get(), place_.memory_type.get(), block.bytes_.data()), what);
+  traffic_read().add(all, place_.type.size);
   block.count_ = static_cast<std::size_t>(all);
   if (place_.type.has_varying_parts()) block.varying_type_ = place_.memory_type.get();
   if (!selects_all(selection_, place_.space)) choose(block);
@@ -198,6 +201,7 @@ void write_elements(const ElementPlace& place, const Selection& selection, const
   const auto what = [&place] { return place.name + " cannot be written"; };
   if (place.attribute) {
     check_done(H5Awrite(place.attribute.get(), place.memory_type.get(), bytes), what);
+    traffic_written().add(place.space.elements(), place.type.size);
     return;
   }
   const hsize_t elements = selection.elements();
@@ -212,6 +216,7 @@ void write_elements(const ElementPlace& place, const Selection& selection, const
   check_done(H5Dwrite(place.dataset.get(), place.memory_type.get(), memory_space.get(),
                       file_space.get(), H5P_DEFAULT, bytes),
              what);
+  traffic_written().add(elements, place.type.size);
 }
 
 }  // namespace kelvo
