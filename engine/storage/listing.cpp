@@ -143,6 +143,7 @@ class Walk {
     const H5O_info_t info = check_info(root_.get(), ".", root_path_);
     root_file_number_ = info.fileno;
     seen_.add({0, info.addr}, info.rc);
+    listed_.add({0, info.addr}, info.rc);
     descend(0, "", ".", H5I_INVALID_HID);
     walk();
     follow_links();
@@ -244,9 +245,11 @@ class Walk {
     if (!request_.recursive && (!named || lists_links)) return;
     const hid_t group = level.group.get();
     const H5O_info_t info = check_info(group, entry.name, shown(path));
-    if (request_.recursive && !seen_.add({level.file, info.addr}, info.rc)) return;
-    if (named && is_wanted(info.type)) list(group, entry.name, path);
-    if (request_.recursive && info.type == H5O_TYPE_GROUP)
+    if (named && is_wanted(info.type) &&
+        (!request_.recursive || listed_.add({level.file, info.addr}, info.rc)))
+      list(group, entry.name, path);
+    if (request_.recursive && info.type == H5O_TYPE_GROUP &&
+        seen_.add({level.file, info.addr}, info.rc))
       descend(level.file, path, entry.name, group);
   }
 
@@ -265,7 +268,10 @@ class Walk {
 
   // Following one link may defer others, behind those that wait already.
   void follow_links() {
-    if (!deferred_.empty()) seen_.know_all();
+    if (!deferred_.empty()) {
+      seen_.know_all();
+      listed_.know_all();
+    }
     for (; !deferred_.empty(); deferred_.pop_front()) {
       place_ = deferred_.front().place;
       follow(deferred_.front());
@@ -281,10 +287,11 @@ class Walk {
     const ObjectHandle object(H5Oopen(root_.get(), link.path.c_str(), H5P_DEFAULT));
     if (!object) return;
     const unsigned file = info->fileno == root_file_number_ ? 0 : files_.number_of(object.get());
-    if (!seen_.add({file, info->addr}, info->rc)) return;
-    if (is_wanted(info->type) && is_named(link.name, link.path))
+    if (is_named(link.name, link.path) && is_wanted(info->type) &&
+        listed_.add({file, info->addr}, info->rc))
       list(root_.get(), link.path, link.path);
-    if (info->type == H5O_TYPE_GROUP) descend(file, link.path, link.path, root_.get());
+    if (info->type == H5O_TYPE_GROUP && seen_.add({file, info->addr}, info->rc))
+      descend(file, link.path, link.path, root_.get());
   }
 
   const ListingRequest& request_;
@@ -292,7 +299,8 @@ class Walk {
   GroupHandle root_;
   FileNumbers files_;  // the root's file is number 0
   unsigned long root_file_number_ = 0;
-  SeenObjects seen_;
+  SeenObjects seen_;    // groups gone into
+  SeenObjects listed_;  // what was listed, or tried, under a name that fits
   std::vector<Level> levels_;
   std::list<Deferred> deferred_;
   std::list<std::string> found_;  // with an empty text in the place of each deferred link

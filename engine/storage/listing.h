@@ -27,7 +27,8 @@ struct ListingRequest {
 /// links lead to, soft and external ones too; a link that leads nowhere is passed over.
 ///
 /// Recursive, each group comes before what is in it, and each object comes once: where hard links
-/// lead to it from the group, under the first of these; else under the first link that does. So
+/// lead to it from the group, under the first of these whose name is admitted; else under the first
+/// link whose name is. So
 /// neither links nor cycles repeat anything, and nothing that can be reached is missing.
 std::vector<std::string> list_members(hid_t file, const std::string& group,
                                       const ListingRequest& request);

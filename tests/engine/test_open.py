@@ -10,6 +10,7 @@ import sys
 import h5py
 import numpy as np
 import pytest
+from statements import unprivileged
 
 DAMAGED = -9
 
@@ -59,19 +60,6 @@ def test_symbolic_link_to_itself(kelvo):
 def test_name_too_long_for_the_host(kelvo):
     name = "n" * 300
     assert kelvo.error(f"USE FILE {name}") == (-8, refusal(kelvo, name, "cannot be opened: File name too long"))
-
-
-def unprivileged(kelvo):
-    """Runs as a user whom file modes concern."""
-    if os.geteuid() != 0:
-        return {}
-    nobody = 65534
-    folder = kelvo.folder
-    while folder != folder.parent:  # the scratch folders of a root user are root's alone
-        folder.chmod(folder.stat().st_mode | 0o055)
-        folder = folder.parent
-    os.chown(kelvo.folder, nobody, nobody)
-    return {"user": nobody, "group": nobody, "extra_groups": []}
 
 
 @pytest.fixture
