@@ -1,24 +1,22 @@
-/* The calling interface between the program and a query engine: 33 operations and the data-type
- * codes.
+/* The calling interface between the program and a query engine: 33 operations and the data types.
  *
  * Who wants to put another engine behind the program builds a shared library that exports these 33
  * functions, undecorated, with the soname libKelvo.so. The program needs no other symbol of it.
  *
  * Rules that hold for all of them:
- *  1. Threads: all calls come from the program's one thread. No operation is called from a signal
- * handler.
- *  2. Cursor: every `cursor` argument is NULL, which names the engine's default cursor.
- * kelvo_execute fills it; it stands before its first row until kelvo_cursor_next is called.
- *  3. Ownership: every pointer that an operation returns is the engine's. The program never writes
- * through it and never frees it.
- *  4. Lifetime: a returned pointer is read at once and not used after the next call of any
- * operation; an engine need keep it valid no longer.
- *  5. NULL: only kelvo_cursor_get_char and _kelvo_show_use_group may return NULL.
- *  6. Errors: only the status of kelvo_execute reports a failure. `next` operations end a walk with
- * any non-zero result.
- *  7. Types: a getter is called only while the current row (or element) is of its type, so it may
- * take that for granted.
- *  8. Widths: as declared, on 32-bit and 64-bit machines alike; float and double are IEEE 754.
+ *  - Threads: all calls come from the program's one thread, none from a signal handler.
+ *  - Cursor: every `cursor` argument is NULL, which names the engine's default cursor. It is filled
+ *    by kelvo_execute and stands before its first row until kelvo_cursor_next is called.
+ *  - Ownership: every pointer that an operation returns is the engine's. The program never writes
+ *    through it and never frees it.
+ *  - Lifetime: a returned pointer is read at once and not used after the next call of any
+ *    operation; an engine need keep it valid no longer.
+ *  - NULL: only kelvo_cursor_get_char and _kelvo_show_use_group may return NULL.
+ *  - Errors: only the status of kelvo_execute reports a failure. The `next` operations end a walk
+ *    with any non-zero result.
+ *  - Types: a getter is called only while the current row (or element) is of its type, so it may
+ *    take that for granted.
+ *  - Widths: as declared, on 32-bit and 64-bit machines alike; float and double are IEEE 754.
  */
 #ifndef KELVO_H
 #define KELVO_H

@@ -10,8 +10,8 @@ struct Menu;
 enum class TopicOutput { entry, menu, tree, data_types };
 
 struct Topic {
-  const char*
-      keyword;  // with its topic word in front: "CREATE FILE"; selected by "HELP " + keyword
+  // With its topic word in front: "CREATE FILE". Selected by "HELP " and the keyword.
+  const char* keyword;
   const char* description;
   const char* tree_description = nullptr;  // null: the tree shows the same description
   TopicOutput output = TopicOutput::entry;

@@ -21,8 +21,8 @@ class ElementRows : public RowSource {
   void append_columns(const std::byte* element);
 
   Selected selected_;
-  std::size_t
-      line_length_;  // elements of a row, where rows are lines of the last dimension; else 0
+  // Elements of a row, where rows are lines of the last dimension; else 0.
+  std::size_t line_length_;
   std::string text_;
 };
 

@@ -61,6 +61,12 @@ bool selects_all(const Selection& selection, const Space& space) {
                     space.extents.end());
 }
 
+// Attributes are read whole, as HDF5 does.
+Extent most_elements(const ElementPlace& place, const Selection& selection) {
+  if (!place.dataset) return std::max<Extent>(1, selection.elements());
+  return std::max<Extent>(1, block_bytes / std::max<std::size_t>(1, place.type.size));
+}
+
 }  // namespace
 
 ElementPlace place_of(DatasetHandle dataset, std::string name) {
@@ -98,68 +104,26 @@ void ElementBlock::release() noexcept {
 }
 
 ElementReader::ElementReader(const ElementPlace& place, Selection selection)
-    : place_(place), selection_(std::move(selection)) {
-  done_ = selection_.elements() == 0;
-  if (!done_) plan_blocks();
-}
-
-void ElementReader::plan_blocks() {
-  at_.assign(selection_.count.size(), 0);
-  if (at_.empty()) return;
-  const Extent most = std::max<Extent>(1, block_bytes / std::max<std::size_t>(1, place_.type.size));
-  Extent below = 1;
-  split_ = at_.size() - 1;
-  while (split_ > 0 && below * selection_.count[split_] <= most)
-    below *= selection_.count[split_--];
-  rows_per_block_ =
-      std::clamp<Extent>(most / below, 1, std::max<Extent>(1, selection_.count[split_]));
-}
+    : place_(place),
+      selection_(std::move(selection)),
+      walk_(selection_, most_elements(place, selection_)) {}
 
 bool ElementReader::next(ElementBlock& block) {
   block.release();
-  if (done_) return false;
-  if (!place_.dataset) {
-    done_ = true;
-    read_attribute(block);
-    return true;
-  }
-  if (at_.empty()) {
-    done_ = true;
-    read_dataset(block, 0, 1);
-    return true;
-  }
-  const Extent rows = std::min(rows_per_block_, selection_.count[split_] - at_[split_]);
-  read_dataset(block, at_[split_], rows);
-  at_[split_] += rows;
-  for (std::size_t d = split_; at_[d] == selection_.count[d]; --d) {
-    if (d == 0) {
-      done_ = true;
-      break;
-    }
-    at_[d] = 0;
-    ++at_[d - 1];
-  }
+  if (!walk_.next()) return false;
+  place_.dataset ? read_dataset(block) : read_attribute(block);
   return true;
 }
 
-void ElementReader::read_dataset(ElementBlock& block, Extent first_row, Extent rows) {
+void ElementReader::read_dataset(ElementBlock& block) {
   const auto what = [this] { return cannot_read(place_); };
   const DataspaceHandle file_space(check_id(H5Dget_space(place_.dataset.get()), what));
-  hsize_t elements = 1;
-  if (!at_.empty()) {
-    std::vector<hsize_t> start(at_.size());
-    std::vector<hsize_t> count(at_.size(), 1);
-    for (std::size_t d = 0; d < at_.size(); ++d) {
-      const Extent step = d < split_ ? at_[d] : d == split_ ? first_row : 0;
-      start[d] = selection_.start[d] + step * selection_.stride[d];
-      if (d == split_) count[d] = rows;
-      if (d > split_) count[d] = selection_.count[d];
-      elements *= count[d];
-    }
-    check_done(H5Sselect_hyperslab(file_space.get(), H5S_SELECT_SET, start.data(),
-                                   selection_.stride.data(), count.data(), nullptr),
+  if (!walk_.start().empty()) {
+    check_done(H5Sselect_hyperslab(file_space.get(), H5S_SELECT_SET, walk_.start().data(),
+                                   selection_.stride.data(), walk_.count().data(), nullptr),
                what);
   }
+  const hsize_t elements = walk_.elements();
   const DataspaceHandle memory_space(check_id(H5Screate_simple(1, &elements, nullptr), what));
   block.bytes_.resize(static_cast<std::size_t>(elements) * place_.type.size);
   const herr_t done = H5Dread(place_.dataset.get(), place_.memory_type.get(), memory_space.get(),
@@ -170,7 +134,7 @@ void ElementReader::read_dataset(ElementBlock& block, Extent first_row, Extent r
   if (place_.type.has_varying_parts()) block.varying_type_ = place_.memory_type.get();
 }
 
-// Attributes are read whole, as HDF5 does; the selection is gathered from that.
+// The selection is gathered from the whole attribute.
 void ElementReader::read_attribute(ElementBlock& block) {
   const auto what = [this] { return cannot_read(place_); };
   const Extent all = place_.space.elements();

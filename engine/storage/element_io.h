@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "storage/handle.h"
+#include "values/block_walk.h"
 #include "values/selection.h"
 #include "values/space.h"
 #include "values/type.h"
@@ -65,24 +66,21 @@ class ElementBlock {
 class ElementReader {
  public:
   ElementReader(const ElementPlace& place, Selection selection);
+  ElementReader(const ElementReader&) = delete;
+  ElementReader& operator=(const ElementReader&) = delete;
+  ~ElementReader() = default;
 
   /// Replaces the block's content by the next elements; false when there are none left.
   bool next(ElementBlock& block);
 
  private:
-  void plan_blocks();
-  void read_dataset(ElementBlock& block, Extent first_row, Extent rows);
+  void read_dataset(ElementBlock& block);
   void read_attribute(ElementBlock& block);
   void choose(ElementBlock& block);
 
   const ElementPlace& place_;
   Selection selection_;
-  // A block is `rows_per_block_` steps of dimension `split_`, whole below it and one step above it.
-  std::size_t split_ = 0;
-  Extent rows_per_block_ = 1;
-  std::vector<Extent>
-      at_;  // where the next block begins, in steps of the selection; empty for a scalar
-  bool done_ = false;
+  BlockWalk walk_;  // behind the selection that it refers to
 };
 
 /// Writes all elements of the selection; `bytes` holds them as place.type lays them out.

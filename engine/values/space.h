@@ -14,8 +14,8 @@ constexpr Extent unlimited = static_cast<Extent>(-1);
 struct Space {
   bool is_null = false;         // without any element, by its kind
   std::vector<Extent> extents;  // none for a scalar
-  std::vector<Extent>
-      maximum;  // one for each extent, or none where they are the extents themselves
+  // One for each extent, or none where they are the extents themselves.
+  std::vector<Extent> maximum;
 
   [[nodiscard]] Extent elements() const {
     Extent count = is_null ? 0 : 1;
