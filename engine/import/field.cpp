@@ -3,7 +3,6 @@
 
 #include <charconv>
 #include <cstring>
-#include <limits>
 
 #include "error.h"
 #include "language/literal.h"
@@ -13,39 +12,12 @@ namespace kelvo {
 namespace {
 
 template <typename Number>
-bool put_exact(EncodedElements& elements, const Type& type, std::size_t offset,
-               std::string_view text) {
+const char* read_number(const char* begin, const char* end, std::byte* element) {
   Number number{};
-  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (result.ec != std::errc() || result.ptr != text.data() + text.size()) return false;
-  elements.put(type, offset, reinterpret_cast<const std::byte*>(&number));
-  return true;
-}
-
-// False for whatever is not an ordinary number of just this type: then the literal decides, and
-// says why not.
-bool put_number(EncodedElements& elements, const Type& type, std::size_t offset,
-                std::string_view text) {
-  const bool whole = type.file_size == type.size;
-  if (type.kind == Kind::real && whole) {
-    return type.size == 4 ? put_exact<float>(elements, type, offset, text)
-                          : put_exact<double>(elements, type, offset, text);
-  }
-  if (type.kind != Kind::integer || !whole) return false;
-  switch (type.size) {
-    case 1:
-      return type.is_signed ? put_exact<std::int8_t>(elements, type, offset, text)
-                            : put_exact<std::uint8_t>(elements, type, offset, text);
-    case 2:
-      return type.is_signed ? put_exact<std::int16_t>(elements, type, offset, text)
-                            : put_exact<std::uint16_t>(elements, type, offset, text);
-    case 4:
-      return type.is_signed ? put_exact<std::int32_t>(elements, type, offset, text)
-                            : put_exact<std::uint32_t>(elements, type, offset, text);
-    default:
-      return type.is_signed ? put_exact<std::int64_t>(elements, type, offset, text)
-                            : put_exact<std::uint64_t>(elements, type, offset, text);
-  }
+  const auto result = std::from_chars(begin, end, number);
+  if (result.ec != std::errc()) return nullptr;
+  std::memcpy(element, &number, sizeof number);
+  return result.ptr;
 }
 
 Literal text_literal(std::string_view text) {
@@ -62,7 +34,30 @@ bool names_a_value(const Type& type, std::string_view text) {
   return false;
 }
 
+// A field may be longer than anyone wants to read.
+std::string shown(std::string_view text) {
+  constexpr std::size_t longest = 60;
+  return text.size() <= longest ? quoted(std::string(text))
+                                : quoted(std::string(text.substr(0, longest))) + "...";
+}
+
 }  // namespace
+
+NumberReader number_reader(const Type& type) {
+  if (!type.is_numeric() || type.kind == Kind::time || !type.is_full_width()) return nullptr;
+  if (type.kind == Kind::real) return type.size == 4 ? read_number<float> : read_number<double>;
+  const bool is_signed = type.is_signed && type.kind == Kind::integer;
+  switch (type.size) {
+    case 1:
+      return is_signed ? read_number<std::int8_t> : read_number<std::uint8_t>;
+    case 2:
+      return is_signed ? read_number<std::int16_t> : read_number<std::uint16_t>;
+    case 4:
+      return is_signed ? read_number<std::int32_t> : read_number<std::uint32_t>;
+    default:
+      return is_signed ? read_number<std::int64_t> : read_number<std::uint64_t>;
+  }
+}
 
 std::string_view trimmed(std::string_view text) {
   const std::size_t begin = text.find_first_not_of(" \t");
@@ -77,8 +72,8 @@ Literal field_literal(const Type& type, std::string_view text) {
     parser.expect_end(Mode::expression);
     return literal;
   } catch (const StatementError&) {
-    throw StatementError(Status::wrong_kind, "Value " + quoted(std::string(text)) +
-                                                 " is no value of " + type_name(type));
+    throw StatementError(Status::wrong_kind,
+                         "Value " + shown(text) + " is no value of " + type_name(type));
   }
 }
 
@@ -88,7 +83,9 @@ void put_field(EncodedElements& elements, const Type& type, std::size_t offset,
     return elements.put(type, offset, text_literal(field));
   }
   const std::string_view text = trimmed(field);
-  if (put_number(elements, type, offset, text)) return;
+  const char* end = text.data() + text.size();
+  const NumberReader read = number_reader(type);
+  if (read != nullptr && read(text.data(), end, elements.place(offset)) == end) return;
   elements.put(type, offset, field_literal(type, text));
 }
 

@@ -14,6 +14,14 @@ namespace kelvo {
 void put_field(EncodedElements& elements, const Type& type, std::size_t offset,
                std::string_view field);
 
+/// Reads a number at `begin` into the element; returns what is behind it, or null for whatever is
+/// not an ordinary number of just the element's type: put_field decides about that then, and says
+/// why not.
+using NumberReader = const char* (*)(const char* begin, const char* end, std::byte* element);
+
+/// Null where numbers of the type need more than reading.
+NumberReader number_reader(const Type& type);
+
 /// The field as a literal for `type`; throws StatementError where it is none.
 Literal field_literal(const Type& type, std::string_view field);
 

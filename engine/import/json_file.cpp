@@ -5,7 +5,9 @@
 #include <rapidjson/error/en.h>
 #include <rapidjson/reader.h>
 
+#include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -73,6 +75,34 @@ class Input {
   std::size_t line_begin_ = 0;
 };
 
+// Values within values; beyond it the stack would overflow.
+constexpr std::size_t most_nested = 256;
+
+// A byte that is not UTF-8 is written as the escape \udc80 to \udcff, which the parser hands over
+// as if it were a character: ED B2 80 to ED B3 BF.
+std::string plain_bytes(std::string_view text) {
+  std::string bytes;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[i + k]); };
+    const bool escaped = i + 2 < text.size() && byte(0) == 0xed && (byte(1) & 0xfeU) == 0xb2;
+    bytes +=
+        escaped ? static_cast<char>((byte(1) & 1U) << 6U | (byte(2) & 0x3fU) | 0x80U) : text[i];
+    if (escaped) i += 2;
+  }
+  return bytes;
+}
+
+bool from_hexadecimal(const std::string& digits, std::string* bytes) {
+  bytes->clear();
+  for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
+    unsigned value = 0;
+    const auto result = std::from_chars(digits.data() + i, digits.data() + i + 2, value, 16);
+    if (result.ptr != digits.data() + i + 2) return false;
+    *bytes += static_cast<char>(value);
+  }
+  return digits.size() % 2 == 0;
+}
+
 // How deeply arrays are nested in one element.
 std::size_t list_depth(const Type& type) {
   if (type.kind == Kind::sequence) return 1 + list_depth(type.base[0]);
@@ -105,11 +135,11 @@ class Builder {
   bool String(const char* text, rapidjson::SizeType length, bool /*copy*/) {
     Literal literal;
     literal.kind = LiteralKind::string;
-    literal.text.assign(text, length);
+    literal.text = plain_bytes(std::string_view(text, length));
     return add(std::move(literal));
   }
   bool Key(const char* text, rapidjson::SizeType length, bool /*copy*/) {
-    open_.back().names.emplace_back(text, length);
+    open_.back().names.push_back(plain_bytes(std::string_view(text, length)));
     return true;
   }
   bool StartObject() { return start(LiteralKind::object); }
@@ -155,6 +185,10 @@ class Builder {
 
   bool start(LiteralKind kind) {
     if (!depth_known_) settle_depth();
+    if (open_.size() == most_nested) {
+      input_.fail(StatementError(
+          Status::out_of_range, "More than " + std::to_string(most_nested) + " values are nested"));
+    }
     open_.emplace_back().kind = kind;
     return true;
   }
@@ -172,7 +206,7 @@ class Builder {
       return true;
     }
     try {
-      elements_.append_zeros();
+      elements_.append_room(1);
       put(elements_.type(), 0, literal);
     } catch (const StatementError& error) {
       input_.fail(error);
@@ -202,28 +236,58 @@ class Builder {
       }
       put(member.type, offset + member.offset, literal.items[i]);
     }
-    if (literal.names.size() > type.members.size()) {
-      throw StatementError(Status::out_of_range, "The object has more members than the compound");
+    for (const std::string& name : literal.names) {
+      const bool known = std::any_of(type.members.begin(), type.members.end(),
+                                     [&name](const Member& member) { return member.name == name; });
+      if (!known)
+        throw StatementError(Status::does_not_exist, "The compound has no member " + quoted(name));
     }
   }
 
-  // JSON's words and numbers become what the type takes.
+  // JSON's words, numbers and strings become what the type takes.
   void fit(const Type& type, Literal& literal) {
-    const bool list = type.kind == Kind::array || type.kind == Kind::sequence;
-    if (list && literal.kind == LiteralKind::list) {
-      for (Literal& item : literal.items)
-        fit(item.kind == LiteralKind::list ? type : type.base[0], item);
-      return;
-    }
+    if (literal.kind == LiteralKind::list) return fit_items(type, literal);
+    if (literal.kind == LiteralKind::object) return fit_members(type, literal);
+    if (literal.kind == LiteralKind::string) return fit_string(type, literal);
+    if (literal.kind != LiteralKind::word) return;
     if (is_number(literal)) {
       literal = field_literal(type, literal.text);
-      return;
+    } else if (literal.text == "NULL") {
+      if (type.kind == Kind::real) literal = field_literal(type, "NAN");
+    } else if (type.kind == Kind::integer) {
+      literal = field_literal(type, literal.text == "TRUE" ? "1" : "0");
     }
-    if (literal.kind != LiteralKind::word) return;
-    const bool null_number = type.kind == Kind::real && literal.text == "NULL";
-    const bool truth = type.kind == Kind::integer && literal.text != "NULL";
-    if (null_number) literal = field_literal(type, "NAN");
-    if (truth) literal = field_literal(type, literal.text == "TRUE" ? "1" : "0");
+  }
+
+  // A list within an array may be one of its lines, or an element that is a list itself.
+  void fit_items(const Type& type, Literal& literal) {
+    if (type.kind != Kind::array && type.kind != Kind::sequence) return;
+    const bool base_is_list =
+        type.base[0].kind == Kind::array || type.base[0].kind == Kind::sequence;
+    for (Literal& item : literal.items) {
+      const bool is_line = item.kind == LiteralKind::list && !base_is_list;
+      fit(is_line ? type : type.base[0], item);
+    }
+  }
+
+  void fit_members(const Type& type, Literal& literal) {
+    for (std::size_t i = 0; i < literal.names.size(); ++i) {
+      for (const Member& member : type.members) {
+        if (member.name == literal.names[i]) fit(member.type, literal.items[i]);
+      }
+    }
+  }
+
+  static void fit_string(const Type& type, Literal& literal) {
+    if (type.kind != Kind::opaque) return;
+    std::string bytes;
+    if (!from_hexadecimal(literal.text, &bytes)) {
+      throw StatementError(Status::wrong_kind, "Value " + quoted(literal.text) +
+                                                   " is no value of " + type_name(type) +
+                                                   " (two hexadecimal digits a byte)");
+    }
+    literal.kind = LiteralKind::bytes;
+    literal.text = std::move(bytes);
   }
 
   // The parser hands numbers over as their text.
@@ -249,11 +313,12 @@ constexpr unsigned parse_flags =
 
 class JsonStream : public ElementStream {
  public:
-  explicit JsonStream(const std::string& path) : input_(path) {}
+  JsonStream(const std::string& path, bool header) : input_(path), header_(header) {}
 
   void read_all(const Type& type, const Taker& take) override {
     rapidjson::Reader reader;
     Builder builder(type, input_, take);
+    if (header_) skip_value(reader);
     for (skip_blanks(); !input_.at_end(); skip_blanks()) {
       if (reader.Parse<parse_flags>(input_, builder).IsError()) fail(reader);
     }
@@ -263,6 +328,12 @@ class JsonStream : public ElementStream {
  private:
   void skip_blanks() { rapidjson::SkipWhitespace(input_); }
 
+  void skip_value(rapidjson::Reader& reader) {
+    rapidjson::BaseReaderHandler<> nobody;
+    skip_blanks();
+    if (!input_.at_end() && reader.Parse<parse_flags>(input_, nobody).IsError()) fail(reader);
+  }
+
   [[noreturn]] void fail(const rapidjson::Reader& reader) const {
     input_.fail(StatementError(
         Status::wrong_kind,
@@ -270,12 +341,14 @@ class JsonStream : public ElementStream {
   }
 
   Input input_;
+  bool header_;
 };
 
 }  // namespace
 
-std::unique_ptr<ElementStream> open_json(const std::string& path, const Type& /*type*/) {
-  return std::make_unique<JsonStream>(path);
+std::unique_ptr<ElementStream> open_json(const std::string& path, const Type& /*type*/,
+                                         bool header) {
+  return std::make_unique<JsonStream>(path, header);
 }
 
 }  // namespace kelvo

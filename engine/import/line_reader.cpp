@@ -38,6 +38,7 @@ bool LineReader::next(std::string_view* line) {
     found = length > searched ? std::memchr(begin + searched, '\n', length - searched) : nullptr;
     if (found != nullptr) break;
     searched = length;
+    if (length > longest_line) fail_length();
     if (!fill()) break;
   }
   const char* begin = buffer_.data() + begin_;
@@ -47,12 +48,19 @@ bool LineReader::next(std::string_view* line) {
   begin_ += length + (found != nullptr ? 1 : 0);
   ++line_number_;
   *line = std::string_view(begin, length);
-  if (line->ends_with('\r')) line->remove_suffix(1);
+  had_return_ = line->ends_with('\r');
+  if (had_return_) line->remove_suffix(1);
   return true;
 }
 
-void LineReader::fail(std::uint64_t column, const StatementError& error) const {
-  fail_in_file(path_, line_number_, column, error);
+void LineReader::fail_length() const {
+  fail(line_number_ + 1, 0,
+       StatementError(Status::out_of_range,
+                      "The line has more than " + std::to_string(longest_line) + " bytes"));
+}
+
+void LineReader::fail(std::uint64_t line, std::uint64_t column, const StatementError& error) const {
+  fail_in_file(path_, line, column, error);
 }
 
 }  // namespace kelvo

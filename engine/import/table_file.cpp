@@ -2,149 +2,54 @@
 #include "import/table_file.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "error.h"
 #include "import/field.h"
 #include "import/line_reader.h"
+#include "import/record.h"
 
 namespace kelvo {
 namespace {
 
 constexpr std::size_t elements_per_block = 16384;
 
-// The fields of one record. Those that had to be unescaped live in `unescaped`, which never moves
-// them while it is in use.
-struct Record {
-  std::vector<std::string_view> fields;
-  std::vector<std::string> unescaped;
-  std::string joined;  // a record of several lines
+struct Column {
+  std::string name;
+  std::size_t offset;
+  const Type* type;
+  NumberReader read;  // null where fields need more than reading a number
 };
 
-using Cutter = void (*)(LineReader& lines, std::string_view line, Record* record);
+struct TableForm {
+  Cutter cut;
+  char separator;       // of lines without anything to unescape; ' ' stands for any blanks
+  bool nested_members;  // have columns of their own
+};
 
-std::size_t count_fields(std::string_view line, char separator) {
-  return static_cast<std::size_t>(std::count(line.begin(), line.end(), separator)) + 1;
-}
-
-void cut_plainly(std::string_view line, char separator, Record* record) {
-  for (;;) {
-    const std::size_t end = line.find(separator);
-    record->fields.push_back(line.substr(0, end));
-    if (end == std::string_view::npos) return;
-    line.remove_prefix(end + 1);
-  }
-}
-
-// A quoted field from its first quote on; moves `line` behind it. Within quotes a quote is written
-// twice.
-std::string take_quoted(std::string_view* line, std::size_t column, const LineReader& lines) {
-  std::string field;
-  for (std::size_t at = 1; at < line->size(); ++at) {
-    if ((*line)[at] != '"') {
-      field += (*line)[at];
-    } else if (at + 1 < line->size() && (*line)[at + 1] == '"') {
-      field += (*line)[at++];
-    } else {
-      line->remove_prefix(at + 1);
-      return field;
-    }
-  }
-  lines.fail(column, StatementError(Status::wrong_kind, "A quoted field is not closed"));
-}
-
-bool has_open_quote(std::string_view text) {
-  return std::count(text.begin(), text.end(), '"') % 2 != 0;
-}
-
-// A line end within quotes belongs to the field: the record goes on in the next line.
-std::string_view whole_record(LineReader& lines, std::string_view line, Record* record) {
-  if (!has_open_quote(line)) return line;
-  record->joined = line;
-  bool open = true;
-  while (open && lines.next(&line)) {
-    record->joined += '\n';
-    record->joined += line;
-    open ^= has_open_quote(line);
-  }
-  return record->joined;
-}
-
-void cut_csv(LineReader& lines, std::string_view line, Record* record) {
-  if (line.find('"') == std::string_view::npos) return cut_plainly(line, ',', record);
-  line = whole_record(lines, line, record);
-  // Reserved, since a string that moved would take its short text along.
-  record->unescaped.reserve(count_fields(line, ','));
-  for (;;) {
-    if (line.starts_with('"')) {
-      record->fields.push_back(
-          record->unescaped.emplace_back(take_quoted(&line, record->fields.size() + 1, lines)));
-      if (!line.empty() && line[0] != ',') {
-        lines.fail(record->fields.size(),
-                   StatementError(Status::wrong_kind, "A comma is missing behind a quoted field"));
-      }
-    } else {
-      record->fields.push_back(line.substr(0, line.find(',')));
-      line.remove_prefix(record->fields.back().size());
-    }
-    if (line.empty()) return;
-    line.remove_prefix(1);
-  }
-}
-
-std::string unescape_tsv(std::string_view field) {
-  static constexpr std::string_view letters = "tnr\\";
-  static constexpr std::string_view meanings = "\t\n\r\\";
-  std::string text;
-  for (std::size_t i = 0; i < field.size(); ++i) {
-    const std::size_t letter =
-        i + 1 < field.size() ? letters.find(field[i + 1]) : std::string_view::npos;
-    const bool escape = field[i] == '\\' && letter != std::string_view::npos;
-    text += escape ? meanings[letter] : field[i];
-    if (escape) ++i;
-  }
-  return text;
-}
-
-void cut_tsv(LineReader& /*lines*/, std::string_view line, Record* record) {
-  cut_plainly(line, '\t', record);
-  if (line.find('\\') == std::string_view::npos) return;
-  record->unescaped.reserve(record->fields.size());
-  for (std::string_view& field : record->fields)
-    field = record->unescaped.emplace_back(unescape_tsv(field));
-}
-
-void cut_tabs(LineReader& /*lines*/, std::string_view line, Record* record) {
-  cut_plainly(line, '\t', record);
-}
-
-void cut_blanks(LineReader& /*lines*/, std::string_view line, Record* record) {
-  for (std::string_view rest = trimmed(line); !rest.empty(); rest = trimmed(rest)) {
-    const std::size_t length = std::min(rest.find_first_of(" \t"), rest.size());
-    record->fields.push_back(rest.substr(0, length));
-    rest.remove_prefix(length);
-  }
-}
-
-void cut_nothing(LineReader& /*lines*/, std::string_view line, Record* record) {
-  record->fields.push_back(line);
+const char* skip_blanks(const char* at, const char* end, char separator) {
+  while (at < end && (*at == ' ' || (*at == '\t' && separator != '\t'))) ++at;
+  return at;
 }
 
 class TableStream : public ElementStream {
  public:
-  TableStream(const std::string& path, const Type& type, Cutter cut) : lines_(path), cut_(cut) {
-    if (type.kind != Kind::compound) {
-      columns_.push_back({"VALUE", 0, 0, type});
+  TableStream(const std::string& path, const Type& type, TableForm form, bool header)
+      : lines_(path), form_(form), header_(header), is_compound_(type.kind == Kind::compound) {
+    if (is_compound_) {
+      add_members("", type, 0);
     } else {
-      columns_ = type.members;
+      columns_.push_back({"VALUE", 0, &type, number_reader(type)});
     }
-    is_compound_ = type.kind == Kind::compound;
   }
 
   void read_all(const Type& type, const Taker& take) override {
     EncodedElements block(type);
-    while (next_record()) {
-      is_compound_ ? add_compound(block) : add_elements(block);
+    std::string_view line;
+    read_first(block);
+    while (next_line(&line)) {
+      if (!add_numbers(line, block)) add_line(line, block);
       if (block.count() < elements_per_block) continue;
       take(block);
       block.clear();
@@ -153,94 +58,184 @@ class TableStream : public ElementStream {
   }
 
  private:
-  bool next_record() {
-    do {
-      if (!cut_next()) return false;
-    } while (is_first_ && is_header());
-    if (is_first_) width_ = is_compound_ ? columns_.size() : record_.fields.size();
-    is_first_ = false;
-    if (record_.fields.size() != width_) fail_width();
-    return true;
-  }
-
-  // An empty line holds nothing, unless a single column of text may be empty.
-  bool cut_next() {
-    std::string_view line;
-    const Kind kind = columns_[0].type.kind;
-    const bool may_be_empty =
-        columns_.size() == 1 && (kind == Kind::text || kind == Kind::varying_text);
-    do {
-      if (!lines_.next(&line)) return false;
-    } while (line.empty() && !may_be_empty);
-    record_.fields.clear();
-    record_.unescaped.clear();
-    cut_(lines_, line, &record_);
-    return true;
-  }
-
-  bool is_header() {
-    if (header_seen_) return false;
-    header_seen_ = record_.fields.size() == columns_.size() &&
-                   std::equal(columns_.begin(), columns_.end(), record_.fields.begin(),
-                              [](const Member& column, std::string_view field) {
-                                return column.name == field;
-                              });
-    return header_seen_;
-  }
-
-  [[noreturn]] void fail_width() {
-    const std::size_t count = record_.fields.size();
-    lines_.fail(
-        0, StatementError(Status::out_of_range,
-                          std::to_string(width_) + (width_ == 1 ? " column is" : " columns are") +
-                              " needed, the line has " + std::to_string(count)));
-  }
-
-  void put(EncodedElements& elements, const Member& column, std::size_t field) {
-    try {
-      put_field(elements, column.type, column.offset, record_.fields[field]);
-    } catch (const StatementError& error) {
-      lines_.fail(field + 1, error);
+  void add_members(const std::string& prefix, const Type& type, std::size_t offset) {
+    for (const Member& member : type.members) {
+      const std::size_t place = offset + member.offset;
+      if (member.type.kind == Kind::compound && form_.nested_members) {
+        add_members(prefix + member.name + ".", member.type, place);
+      } else {
+        columns_.push_back({prefix + member.name, place, &member.type, number_reader(member.type)});
+      }
     }
   }
 
-  void add_compound(EncodedElements& elements) {
-    elements.append_zeros();
-    for (std::size_t i = 0; i < columns_.size(); ++i) put(elements, columns_[i], i);
+  // The first line may be a header, and tells how many columns there are.
+  void read_first(EncodedElements& block) {
+    std::string_view line;
+    if (!next_line(&line)) return;
+    cut(line);
+    const bool names = names_columns();
+    if (header_ || (names && !can_be_values(block.type()))) {
+      if (names) order_columns();
+      if (!next_line(&line)) return;
+      cut(line);
+      header_ = true;
+    }
+    width_ = is_compound_ ? columns_.size() : record_.fields.size();
+    readable_ = std::all_of(columns_.begin(), columns_.end(),
+                            [](const Column& column) { return column.read != nullptr; });
+    add_record(block);
   }
 
-  void add_elements(EncodedElements& elements) {
-    for (std::size_t i = 0; i < record_.fields.size(); ++i) {
-      elements.append_zeros();
-      put(elements, columns_[0], i);
+  bool names_columns() const {
+    return std::is_permutation(
+        columns_.begin(), columns_.end(), record_.fields.begin(), record_.fields.end(),
+        [](const auto& one, const auto& other) { return name_of(one) == name_of(other); });
+  }
+  static std::string_view name_of(const Column& column) { return column.name; }
+  static std::string_view name_of(std::string_view field) { return field; }
+
+  // Strings that happen to be the names are values, unless HEADER says otherwise.
+  bool can_be_values(const Type& type) const {
+    EncodedElements trial(type);
+    trial.append_room(1);
+    try {
+      for (std::size_t i = 0; i < columns_.size(); ++i)
+        put_field(trial, *columns_[i].type, columns_[i].offset, record_.fields[i]);
+    } catch (const StatementError&) {
+      return false;
+    }
+    return true;
+  }
+
+  void order_columns() {
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
+      const auto named =
+          std::find_if(columns_.begin() + static_cast<std::ptrdiff_t>(i), columns_.end(),
+                       [&](const Column& column) { return column.name == record_.fields[i]; });
+      std::iter_swap(columns_.begin() + static_cast<std::ptrdiff_t>(i), named);
+    }
+  }
+
+  // An empty line holds nothing, unless a single column of text may be empty.
+  bool next_line(std::string_view* line) {
+    const Kind kind = columns_[0].type->kind;
+    const bool may_be_empty =
+        columns_.size() == 1 && (kind == Kind::text || kind == Kind::varying_text);
+    do {
+      if (!lines_.next(line)) return false;
+    } while (line->empty() && !may_be_empty);
+    return true;
+  }
+
+  void cut(std::string_view line) {
+    record_.clear();
+    record_.line = lines_.line_number();
+    form_.cut(lines_, line, &record_);
+  }
+
+  void add_line(std::string_view line, EncodedElements& elements) {
+    cut(line);
+    add_record(elements);
+  }
+
+  // A line of nothing but numbers, by the shortest way; false, and nothing is added, where it holds
+  // anything else.
+  bool add_numbers(std::string_view line, EncodedElements& elements) {
+    if (!readable_ || width_ == 0) return false;
+    const std::size_t count = is_compound_ ? 1 : width_;
+    std::byte* element = elements.append_room(count);
+    const std::size_t step = is_compound_ ? 0 : elements.type().size;
+    const char* at = line.data();
+    const char* end = at + line.size();
+    for (std::size_t i = 0; i < width_; ++i, element += step) {
+      const Column& column = columns_[is_compound_ ? i : 0];
+      at = column.read(skip_blanks(at, end, form_.separator), end, element + column.offset);
+      if (at == nullptr || !pass_separator(&at, end, i + 1 == width_)) {
+        elements.remove_last(count);
+        return false;
+      }
+    }
+    return true;
+  }
+
+  bool pass_separator(const char** at, const char* end, bool is_last) const {
+    const char* behind = skip_blanks(*at, end, form_.separator);
+    if (is_last) {
+      *at = behind;
+      return behind == end;
+    }
+    if (behind == end) return false;
+    if (form_.separator == ' ') return std::exchange(*at, behind) != behind;
+    *at = behind + 1;
+    return *behind == form_.separator;
+  }
+
+  void add_record(EncodedElements& elements) {
+    if (is_whole_compound()) {
+      elements.append_room(1);
+      put(elements, {"", 0, &elements.type(), nullptr}, 0);
+      return;
+    }
+    if (record_.fields.size() != width_) fail_width();
+    if (is_compound_) elements.append_room(1);
+    for (std::size_t i = 0; i < width_; ++i) {
+      if (!is_compound_) elements.append_room(1);
+      put(elements, columns_[is_compound_ ? i : 0], i);
+    }
+  }
+
+  // {id: 1, name: 'a'}: how .txt files hold a compound that is one item.
+  bool is_whole_compound() const {
+    return is_compound_ && record_.fields.size() == 1 && record_.fields[0].starts_with('{') &&
+           record_.fields[0].ends_with('}');
+  }
+
+  [[noreturn]] void fail_width() const {
+    const std::size_t count = record_.fields.size();
+    lines_.fail(
+        record_.line, 0,
+        StatementError(Status::out_of_range, std::to_string(width_) +
+                                                 (width_ == 1 ? " column is" : " columns are") +
+                                                 " needed, the line has " + std::to_string(count)));
+  }
+
+  void put(EncodedElements& elements, const Column& column, std::size_t field) {
+    try {
+      put_field(elements, *column.type, column.offset, record_.fields[field]);
+    } catch (const StatementError& error) {
+      const bool hint = record_.line == 1 && !header_ && error.status() == Status::wrong_kind;
+      const std::string message =
+          error.what() + std::string(hint ? " (HEADER behind the file skips a line of names)" : "");
+      lines_.fail(record_.line, field + 1, StatementError(error.status(), message));
     }
   }
 
   LineReader lines_;
-  Cutter cut_;
-  std::vector<Member> columns_;
-  bool is_compound_ = false;
+  TableForm form_;
+  bool header_;
+  bool is_compound_;
+  std::vector<Column> columns_;
+  bool readable_ = false;  // all columns are of numbers that are just read
   Record record_;
-  bool is_first_ = true;
-  bool header_seen_ = false;
   std::size_t width_ = 0;
 };
 
 }  // namespace
 
-std::unique_ptr<ElementStream> open_csv(const std::string& path, const Type& type) {
-  return std::make_unique<TableStream>(path, type, cut_csv);
+std::unique_ptr<ElementStream> open_csv(const std::string& path, const Type& type, bool header) {
+  return std::make_unique<TableStream>(path, type, TableForm{cut_csv, ',', true}, header);
 }
 
-std::unique_ptr<ElementStream> open_tsv(const std::string& path, const Type& type) {
-  return std::make_unique<TableStream>(path, type, cut_tsv);
+std::unique_ptr<ElementStream> open_tsv(const std::string& path, const Type& type, bool header) {
+  return std::make_unique<TableStream>(path, type, TableForm{cut_tsv, '\t', true}, header);
 }
 
-std::unique_ptr<ElementStream> open_txt(const std::string& path, const Type& type) {
-  const Cutter cut = type.kind == Kind::compound ? cut_tabs
-                     : type.is_numeric()         ? cut_blanks
-                                                 : cut_nothing;
-  return std::make_unique<TableStream>(path, type, cut);
+std::unique_ptr<ElementStream> open_txt(const std::string& path, const Type& type, bool header) {
+  TableForm form{cut_nothing, '\n', false};
+  if (type.kind == Kind::compound) form = {cut_tabs, '\t', false};
+  if (type.is_numeric()) form = {cut_numbers, ' ', false};
+  return std::make_unique<TableStream>(path, type, form, header);
 }
 
 }  // namespace kelvo

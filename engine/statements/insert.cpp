@@ -3,15 +3,19 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "error.h"
 #include "import/open_values.h"
 #include "language/literal.h"
+#include "language/query.h"
 #include "language/slice.h"
+#include "query/selected_stream.h"
 #include "session.h"
 #include "statements/family.h"
 #include "statements/places.h"
+#include "statements/select.h"
 #include "statements/values.h"
 #include "storage/element_writer.h"
 #include "storage/growth.h"
@@ -24,6 +28,8 @@ namespace {
 struct Source {
   std::optional<std::vector<Literal>> values;
   std::optional<std::string> file;
+  bool header = false;  // the file's first line names its columns
+  std::optional<Query> query;
 };
 
 struct Insertion {
@@ -33,21 +39,32 @@ struct Insertion {
   Source source;
 };
 
+// Ends the statement, too: what may follow depends on the source.
+Source parse_source(Parser& parser, bool append) {
+  Source source;
+  if (parser.accept_keyword("VALUES")) {
+    source.values = parse_value_list(parser);
+    parser.expect_end();
+  } else if (parser.accept_keyword("FROM")) {
+    source.file = parser.expect_path("a file");
+    source.header = parser.accept_keyword("HEADER");
+    parser.expect_end();
+  } else if (parser.accept_keyword("SELECT")) {
+    source.query = parse_query(parser);
+    parser.expect_end(Mode::expression);
+  } else {
+    parser.fail_expected(append ? "VALUES, FROM or SELECT" : "APPEND, VALUES, FROM or SELECT");
+  }
+  return source;
+}
+
 Insertion parse_insertion(Parser& parser) {
   Insertion insertion;
   parser.expect_keyword("INTO");
   insertion.name = parser.expect_object("a dataset or attribute");
   insertion.slice = parse_optional_slice(parser);
   insertion.append = parser.accept_keyword("APPEND");
-  if (parser.accept_keyword("VALUES")) {
-    insertion.source.values = parse_value_list(parser);
-  } else if (parser.accept_keyword("FROM")) {
-    insertion.source.file = parser.expect_path("a file");
-  } else {
-    parser.fail_expected(insertion.append ? "VALUES, FROM or SELECT"
-                                          : "APPEND, VALUES, FROM or SELECT");
-  }
-  parser.expect_end();
+  insertion.source = parse_source(parser, insertion.append);
   return insertion;
 }
 
@@ -132,10 +149,19 @@ void insert_values(const ElementPlace& place, const Insertion& insertion) {
   growth.keep();
 }
 
-void insert_stream(const ElementPlace& place, const Insertion& insertion, ElementStream& stream) {
+using StreamPointer = std::unique_ptr<ElementStream>;
+
+StreamPointer open_stream(Source source, const ElementPlace& place, Session& session) {
+  if (source.query)
+    return std::make_unique<SelectedStream>(open_query(std::move(*source.query), session));
+  return open_values(host_path(*source.file), place.type, source.header);
+}
+
+void insert_stream(const ElementPlace& place, const Insertion& insertion, StreamPointer stream) {
   RowGrowth growth(place);
   CheckedElements elements(place.type);
-  elements.read_all(stream);
+  elements.read_all(*stream);
+  stream.reset();  // it may hold the same dataset open
   Selection selection;
   if (insertion.append) {
     selection = grow_for(place, elements.count(), &growth);
@@ -152,14 +178,14 @@ void insert_stream(const ElementPlace& place, const Insertion& insertion, Elemen
 }  // namespace
 
 Answer run_insert(Parser& parser, Session& session) {
-  const Insertion insertion = parse_insertion(parser);
+  Insertion insertion = parse_insertion(parser);
   const Target target = session.find(insertion.name, Access::write);
   const ElementPlace place = open_place(target, session);
   if (insertion.append) expect_growing(place, !insertion.slice.empty());
   if (insertion.source.values) {
     insert_values(place, insertion);
   } else {
-    insert_stream(place, insertion, *open_values(host_path(*insertion.source.file), place.type));
+    insert_stream(place, insertion, open_stream(std::move(insertion.source), place, session));
   }
   return nullptr;
 }

@@ -161,15 +161,52 @@ void ElementReader::choose(ElementBlock& block) {
              what);
 }
 
-void write_elements(const ElementPlace& place, const Selection& selection, const std::byte* bytes) {
+namespace {
+
+// What H5Dscatter asks for its elements: all of them at once.
+struct ScatterSource {
+  const std::byte* elements;
+  std::size_t size;
+};
+
+herr_t give_all(const void** bytes, std::size_t* size, void* source) {
+  const auto* all = static_cast<const ScatterSource*>(source);
+  *bytes = all->elements;
+  *size = all->size;
+  return 0;
+}
+
+// HDF5 writes attributes whole: what is not selected is read first and written again.
+void write_attribute(const ElementPlace& place, const Selection& selection,
+                     const std::byte* bytes) {
   const auto what = [&place] { return place.name + " cannot be written"; };
-  if (place.attribute) {
+  if (selects_all(selection, place.space)) {
     check_done(H5Awrite(place.attribute.get(), place.memory_type.get(), bytes), what);
     traffic_written().add(place.space.elements(), place.type.size);
     return;
   }
+  ElementReader reader(place, resolve_slice({}, place.space, place.name));
+  ElementBlock block;
+  reader.next(block);
+  // The block keeps what it owns, also where other elements take the place of varying parts.
+  std::vector<std::byte> whole(block.data(), block.data() + block.count() * place.type.size);
+  const DataspaceHandle space = make_space(place.space);
+  check_done(H5Sselect_hyperslab(space.get(), H5S_SELECT_SET, selection.start.data(),
+                                 selection.stride.data(), selection.count.data(), nullptr),
+             what);
+  ScatterSource source{bytes, static_cast<std::size_t>(selection.elements()) * place.type.size};
+  check_done(H5Dscatter(give_all, &source, place.memory_type.get(), space.get(), whole.data()),
+             what);
+  check_done(H5Awrite(place.attribute.get(), place.memory_type.get(), whole.data()), what);
+}
+
+}  // namespace
+
+void write_elements(const ElementPlace& place, const Selection& selection, const std::byte* bytes) {
+  const auto what = [&place] { return place.name + " cannot be written"; };
   const hsize_t elements = selection.elements();
   if (elements == 0) return;
+  if (place.attribute) return write_attribute(place, selection, bytes);
   const DataspaceHandle file_space(check_id(H5Dget_space(place.dataset.get()), what));
   const DataspaceHandle memory_space(check_id(H5Screate_simple(1, &elements, nullptr), what));
   if (!selection.count.empty()) {

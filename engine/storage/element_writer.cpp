@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t block_bytes = std::size_t{1024} * 1024;
 
-// Attributes are written whole, as HDF5 does.
+// Attributes are small, and each write rewrites them whole: one must do.
 Extent most_elements(const ElementPlace& place, const Selection& selection) {
   if (place.attribute) return std::max<Extent>(1, selection.elements());
   return std::max<Extent>(1, block_bytes / std::max<std::size_t>(1, place.type.size));

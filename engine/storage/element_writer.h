@@ -8,7 +8,7 @@ namespace kelvo {
 
 class ElementWriter {
  public:
-  /// Both must outlive the writer. For attributes the selection must be the whole.
+  /// Both must outlive the writer.
   ElementWriter(const ElementPlace& place, const Selection& selection);
 
   /// Elements that the next write takes; 0 when all are written.

@@ -20,6 +20,9 @@ namespace {
 
 void Spool::add(const std::byte* bytes, std::size_t size) {
   if (file_ == nullptr && memory_.size() + size <= budget_) {
+    // At once from there on: growing in steps would hold old and new memory side by side.
+    if (memory_.size() + size > memory_.capacity() && memory_.size() > budget_ / 8)
+      memory_.reserve(budget_);
     memory_.insert(memory_.end(), bytes, bytes + size);
     return;
   }

@@ -124,6 +124,19 @@ void check_count(std::size_t written, std::size_t wanted, const std::string& of_
                            (written == 1 ? " is" : " are") + " given");
 }
 
+// Whether the items of an array of several dimensions are lines, not elements. Where elements are
+// lists themselves, and there are as many of them as lines, only what is in them can tell.
+bool is_nested(const Type& type, const Literal& literal) {
+  const auto is_list = [](const Literal& item) { return item.kind == LiteralKind::list; };
+  if (literal.items.size() != type.extents[0] || literal.items.empty()) return false;
+  const bool base_is_list = type.base[0].kind == Kind::sequence || type.base[0].kind == Kind::array;
+  if (!base_is_list || literal.items.size() != type.array_length())
+    return is_list(literal.items[0]);
+  return std::all_of(literal.items.begin(), literal.items.end(), [&](const Literal& item) {
+    return is_list(item) && item.items.size() == 1 && is_list(item.items[0]);
+  });
+}
+
 }  // namespace
 
 std::string describe(const Literal& literal) {
@@ -155,16 +168,24 @@ void EncodedElements::append_zeros() {
 }
 
 void EncodedElements::put(const Type& type, std::size_t offset, const Literal& literal) {
-  encode(type, literal, bytes_.data() + (count_ - 1) * type_->size + offset);
-}
-
-void EncodedElements::put(const Type& type, std::size_t offset, const std::byte* bytes) {
-  std::memcpy(bytes_.data() + (count_ - 1) * type_->size + offset, bytes, type.size);
+  encode(type, literal, place(offset));
 }
 
 void EncodedElements::append_bytes(const std::byte* elements, std::size_t count) {
   bytes_.insert(bytes_.end(), elements, elements + count * type_->size);
   count_ += count;
+}
+
+std::byte* EncodedElements::append_room(std::size_t count) {
+  const std::size_t begin = bytes_.size();
+  bytes_.resize(begin + count * type_->size);
+  count_ += count;
+  return bytes_.data() + begin;
+}
+
+void EncodedElements::remove_last(std::size_t count) {
+  bytes_.resize(bytes_.size() - count * type_->size);
+  count_ -= count;
 }
 
 void EncodedElements::clear() {
@@ -245,9 +266,7 @@ void EncodedElements::encode_object(const Type& type, const Literal& literal, st
 void EncodedElements::encode_array(const Type& type, const Literal& literal, std::byte* element) {
   if (literal.kind != LiteralKind::list) refuse_kind(literal, type);
   const Type& base = type.base[0];
-  const bool nested = type.extents.size() > 1 && literal.items.size() == type.extents[0] &&
-                      !literal.items.empty() && literal.items[0].kind == LiteralKind::list &&
-                      base.kind != Kind::sequence && base.kind != Kind::array;
+  const bool nested = type.extents.size() > 1 && is_nested(type, literal);
   if (nested) {
     Type line = type;
     line.extents.erase(line.extents.begin());

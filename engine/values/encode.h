@@ -29,11 +29,20 @@ class EncodedElements {
   void append_zeros();
   /// Fills the part of the last element that is at `offset` and of the type.
   void put(const Type& type, std::size_t offset, const Literal& literal);
-  void put(const Type& type, std::size_t offset, const std::byte* bytes);
+  /// The last element's byte at `offset`.
+  [[nodiscard]] std::byte* place(std::size_t offset) {
+    return bytes_.data() + (count_ - 1) * type_->size + offset;
+  }
 
   /// Appends elements that lie in memory as the type says; what varying parts point to must outlive
   /// these.
   void append_bytes(const std::byte* elements, std::size_t count);
+
+  /// Appends elements of zeros and returns where they are, to be filled before the next append.
+  std::byte* append_room(std::size_t count);
+
+  /// Takes the last elements away again.
+  void remove_last(std::size_t count);
 
   /// Forgets all elements and what their varying parts point to; memory for the elements is kept.
   void clear();

@@ -178,6 +178,11 @@ std::size_t Type::value_bits() const {
   return precision != 0 ? precision : std::min<std::size_t>(8 * file_size, 64);
 }
 
+bool Type::is_full_width() const {
+  if (kind == Kind::real) return !format && file_size >= size;
+  return value_bits() == 8 * size;
+}
+
 RealFormat Type::real_format() const {
   return format ? *format : standard_format(file_size).value_or(extended_format());
 }

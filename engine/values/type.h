@@ -69,6 +69,9 @@ struct Type {
   /// Bits that a value has in the file, 64 at most. For integers, bit fields, times and
   /// enumerations.
   [[nodiscard]] std::size_t value_bits() const;
+  /// Whether the file holds every number that its form in memory can hold. For integers, bit
+  /// fields, reals and enumerations.
+  [[nodiscard]] bool is_full_width() const;
   /// How a real number lies in the file.
   [[nodiscard]] RealFormat real_format() const;
   /// Elements of an array; 1 for any other type.
