@@ -117,8 +117,10 @@ void TextWriter::append_text_cell(std::string_view cell, std::string* text) cons
     *text += '"';
   } else if (format_ == TextFormat::tsv) {
     for (const char byte : cell) {
-      if (byte == '\t' || byte == '\n' || byte == '\\') *text += '\\';
-      *text += byte == '\t' ? 't' : byte == '\n' ? 'n' : byte;
+      // A carriage return too, since readers take one before a line feed for a part of the line
+      // end.
+      if (byte == '\t' || byte == '\n' || byte == '\r' || byte == '\\') *text += '\\';
+      *text += byte == '\t' ? 't' : byte == '\n' ? 'n' : byte == '\r' ? 'r' : byte;
     }
   } else {
     *text += cell;
