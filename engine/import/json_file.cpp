@@ -335,9 +335,9 @@ class JsonStream : public ElementStream {
   }
 
   [[noreturn]] void fail(const rapidjson::Reader& reader) const {
-    input_.fail(StatementError(
-        Status::wrong_kind,
-        std::string("Not JSON: ") + rapidjson::GetParseError_En(reader.GetParseErrorCode())));
+    std::string why = rapidjson::GetParseError_En(reader.GetParseErrorCode());
+    if (why.ends_with('.')) why.pop_back();
+    input_.fail(StatementError(Status::wrong_kind, "Not JSON: " + why));
   }
 
   Input input_;

@@ -181,6 +181,8 @@ Answer run_insert(Parser& parser, Session& session) {
   Insertion insertion = parse_insertion(parser);
   const Target target = session.find(insertion.name, Access::write);
   const ElementPlace place = open_place(target, session);
+  if (place.space.is_null && !insertion.append)
+    throw StatementError(Status::wrong_kind, place.name + " is of empty kind and takes no values");
   if (insertion.append) expect_growing(place, !insertion.slice.empty());
   if (insertion.source.values) {
     insert_values(place, insertion);

@@ -14,6 +14,8 @@ void expect_growing(const ElementPlace& place, bool with_slice) {
   }
   if (place.attribute)
     throw StatementError(Status::wrong_kind, place.name + " cannot grow: it is an attribute");
+  if (place.space.is_null)
+    throw StatementError(Status::wrong_kind, place.name + " is of empty kind and cannot grow");
   if (place.space.extents.empty())
     throw StatementError(Status::wrong_kind, place.name + " is a scalar and cannot grow");
   if (place.space.maximum[0] == place.space.extents[0]) {

@@ -1,0 +1,285 @@
+"""INSERT into datasets and attributes from files and from SELECT, and what it refuses: nothing is changed then."""
+
+import struct
+
+import h5py
+import numpy as np
+import pytest
+
+COMPOUND = np.dtype([("a", "i4"), ("b", "f8")])
+
+
+@pytest.fixture
+def file(kelvo):
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made["x"] = np.arange(3, dtype="i4")
+        made["d"] = np.zeros(3)
+        made["tiny"] = np.zeros(3, "i1")
+        made["words"] = np.array([b"a", b"b", b"c"], "S3")
+        made["names"] = np.array(["a", "b"], h5py.string_dtype())
+        made["c"] = np.array([(1, 2.5), (3, 4.5)], COMPOUND)
+        made["swapped"] = np.zeros(2, [("b", "f4"), ("a", "i8")])
+        made["empty"] = h5py.Empty("i4")
+        made["scalar"] = 1
+        made["o"] = np.zeros(2, "V2")
+        made.create_dataset("list", (2,), h5py.vlen_dtype("i4"))
+        made.create_dataset("grow", data=np.arange(6, dtype="i4").reshape(2, 3), maxshape=(4, 3))
+        made["refs"] = np.array([made["x"].ref], h5py.ref_dtype)
+        made.create_group("group")
+        made.attrs["n"] = np.arange(4)
+        made.attrs["s"] = np.array(["a", "b", "c"], h5py.string_dtype())
+    return kelvo
+
+
+def insert(kelvo, rest):
+    return kelvo.run("USE FILE a.h5", "INSERT INTO " + rest)
+
+
+def data(kelvo, name):
+    with h5py.File(kelvo.path("a.h5")) as made:
+        return made[name][()].tolist()
+
+
+def attribute(kelvo, name):
+    with h5py.File(kelvo.path("a.h5")) as made:
+        return made.attrs[name].tolist()
+
+
+def done(answer):
+    assert (answer.status, answer.message, answer.rows) == (0, "", [])
+
+
+# --- From SELECT ---
+
+@pytest.mark.parametrize("rest, name, values", [
+    ("d SELECT * FROM x", "d", [0.0, 1.0, 2.0]),
+    ("tiny SELECT VALUE * 2 FROM x", "tiny", [0, 2, 4]),
+    ("x [0:2] SELECT * FROM x [1:]", "x", [1, 2, 2]),
+    ("d [1] SELECT AVG(VALUE) FROM grow", "d", [0.0, 2.5, 0.0]),
+    ("x SELECT VALUE FROM grow WHERE VALUE > 2 ORDER BY VALUE DESC", "x", [5, 4, 3]),
+    ("swapped SELECT * FROM c", "swapped", [(2.5, 1), (4.5, 3)]),
+    ("swapped SELECT a, a FROM c", "swapped", [(1.0, 1), (3.0, 3)]),
+    ("c SELECT b, a FROM swapped LIMIT 2", "c", [(0, 0.0), (0, 0.0)]),
+    ("grow APPEND SELECT * FROM grow", "grow", [[0, 1, 2], [3, 4, 5], [0, 1, 2], [3, 4, 5]]),
+])
+def test_what_select_gives_arrives(file, rest, name, values):
+    done(insert(file, rest))
+    assert data(file, name) == values
+
+
+@pytest.mark.parametrize("rest, error", [
+    ("tiny SELECT VALUE * 10 FROM x [1:] LIMIT 3", (-6, "3 values are needed, 2 are given")),
+    ("tiny SELECT VALUE + 127 FROM x", (-6, "Element 1: Value 128 does not fit TINYINT")),
+    ("x SELECT * FROM grow", (-6, "3 values are needed, 6 are given")),
+    ("c SELECT b, b FROM c", (-6, "Element 0: Value 2.5 does not fit INT")),
+    ("c SELECT a FROM c", (-5, "Element 0: Value 1 is no value of COMPOUND")),
+    ("x SELECT nix FROM c", None),
+    ("refs SELECT * FROM refs", (-5, "Element 0: Value '/x' is no value of REFERENCE")),
+    ("x SELECT * FROM x FORMAT CSV", (-1, 'Expected the end of the statement, found "FORMAT"', 31)),
+    ("x SELECT * FROM x INTO f.csv", (-1, 'Expected the end of the statement, found "INTO"', 31)),
+])
+def test_select_is_refused_where_it_does_not_fit(file, rest, error):
+    before = file.path("a.h5").read_bytes()
+    answer = insert(file, rest)
+    if error is None:
+        assert answer.status == -3
+    else:
+        assert (answer.status, answer.message, *([answer.position] if len(error) == 3 else [])) == error
+    assert file.path("a.h5").read_bytes() == before
+
+
+# --- Attributes ---
+
+def test_slice_of_an_attribute_leaves_the_rest(file):
+    done(insert(file, "/@n [1:3] VALUES (7, 8)"))
+    assert attribute(file, "n") == [0, 7, 8, 3]
+
+
+def test_slice_of_an_attribute_of_strings_leaves_the_rest(file):
+    done(insert(file, "/@s [::2] VALUES ('xx', 'yyy')"))
+    assert attribute(file, "s") == ["xx", "b", "yyy"]
+
+
+def test_slice_of_an_attribute_takes_files(file):
+    file.path("v.csv").write_text("5\n6\n")
+    done(insert(file, "/@n [-2:] FROM v.csv"))
+    assert attribute(file, "n") == [0, 1, 5, 6]
+
+
+# --- From files ---
+
+@pytest.mark.parametrize("name, text, rest, values", [
+    ("v.csv", "b,a\n1.5,2\n3.5,4\n", "c FROM v.csv", [(2, 1.5), (4, 3.5)]),
+    ("v.csv", "time,temp\r\n1,2\r\n3,4\r\n", "c FROM v.csv HEADER", [(1, 2.0), (3, 4.0)]),
+    ("v.csv", "VALUE\n1\n2\n3\n", "x FROM v.csv", [1, 2, 3]),
+    ("v.csv", "0,1,2\n7,8,9\n", "x FROM v.csv HEADER", [7, 8, 9]),
+    ("v.csv", '"1", 2 ,0x3', "x FROM v.csv", [1, 2, 3]),
+    ("v.csv", "VALUE\nb\n", "names FROM v.csv", [b"VALUE", b"b"]),
+    ("v.txt", " 1 2\t3\n", "x FROM v.txt", [1, 2, 3]),
+    ("v.txt", "[1, 2, 3]\n", "x FROM v.txt", [1, 2, 3]),
+    ("v.txt", "{a: 1, b: 2}\n{b: 4, a: 3}\n", "c FROM v.txt", [(1, 2.0), (3, 4.0)]),
+    ("v.txt", "1\t2\n3\t4\n", "c FROM v.txt", [(1, 2.0), (3, 4.0)]),
+    ("v.json", "[[1, 2], [true]]", "x FROM v.json", [1, 2, 1]),
+    ("v.json", '{"b": 1, "a": 2} {"a": 3, "b": 4}', "c FROM v.json", [(2, 1.0), (3, 4.0)]),
+])
+def test_files_are_read(file, name, text, rest, values):
+    file.path(name).write_bytes(text.encode())
+    done(insert(file, rest))
+    assert data(file, rest.split()[0]) == values
+
+
+def test_numpy_characters_become_utf8(file):
+    np.save(file.path("u.npy"), np.array(["a\u00e9\u20ac", "\U0001d11e"]))
+    done(insert(file, "names FROM u.npy"))
+    assert data(file, "names") == ["a\u00e9\u20ac".encode(), "\U0001d11e".encode()]
+
+
+def test_numpy_fortran_order_of_one_dimension_is_read(file):
+    np.save(file.path("v.npy"), np.asfortranarray(np.array([5, 6, 7], ">i8")))
+    done(insert(file, "x FROM v.npy"))
+    assert data(file, "x") == [5, 6, 7]
+
+
+def npy(description, shape, body=b"\0" * 8):
+    header = f"{{'descr': {description}, 'fortran_order': False, 'shape': {shape}, }}".encode()
+    return b"\x93NUMPY\x01\x00" + struct.pack("<H", len(header)) + header + body
+
+
+NOT_NPY = "Not a readable .npy file: "
+BAD_FILES = [
+    ("x", "v.csv", "1\n2\nx\n", -5, ', line 3, column 1: Value "x" is no value of INT'),
+    ("x", "v.csv", "n\n1\n2\n3\n", -5, ', line 1, column 1: Value "n" is no value of INT (HEADER behind the file skips '
+                                       "a line of names)"),
+    ("x", "v.csv", "1,2\n3\n", -6, ", line 2: 2 columns are needed, the line has 1"),
+    ("c", "v.csv", "1,2\n3,4,5\n", -6, ", line 2: 2 columns are needed, the line has 3"),
+    ("x", "v.csv", '1,"2\n3\n', -5, ", line 1, column 2: A quoted field is not closed"),
+    ("x", "v.csv", '"1"2\n', -5, ", line 1, column 1: A comma is missing behind a quoted field"),
+    ("x", "v.csv", "1\n2\n1.5\n", -6, ", line 3, column 1: Value 1.5 does not fit INT"),
+    ("tiny", "v.csv", "1\n\n128\n", -6, ", line 3, column 1: Value 128 does not fit TINYINT"),
+    ("words", "v.tsv", "ab\ncd\nabcd\n", -6, ", line 3, column 1: Value 'abcd' does not fit CHAR(3) CHARSET ASCII"),
+    ("list", "v.txt", "[" * 100 + "\n", -5, f', line 1, column 1: Value "{"[" * 60}"... is no value of VARINT (HEADER '
+                                            "behind the file skips a line of names)"),
+    ("x", "v.json", "[1,\n 2, 300000000000]", -6, ", line 2, column 17: Value 300000000000 does not fit INT"),
+    ("x", "v.json", "[1,2,", -5, ", line 1, column 6: Not JSON: Invalid value"),
+    ("c", "v.json", '[{"a":1},{"a":2,"b":3}]', -6, ', line 1, column 8: A value for the member "b" is missing'),
+    ("c", "v.json", '[{"a":1,"b":2,"z":1}]', -3, ', line 1, column 20: The compound has no member "z"'),
+    ("c", "v.json", '{"a":' * 5000, -6, ", line 1, column 1281: More than 256 values are nested"),
+    ("o", "v.json", '["zz","00"]', -5, ', line 1, column 6: Value "zz" is no value of OPAQUE(2) (two hexadecimal digits '
+                                       "a byte)"),
+    ("x", "v.bin", b"\0" * 13, -6, ": It ends within an element of 4 bytes"),
+    ("x", "v.npy", b"abc", -5, f": {NOT_NPY}it does not begin like one"),
+    ("x", "v.npy", b"\x93NUMPY\x01\x00\xff\xff", -5, f": {NOT_NPY}it ends in its header"),
+    ("x", "v.npy", npy("'|O'", "(3,)"), -5, f': {NOT_NPY}type "|O" is not read'),
+    ("x", "v.npy", npy("'<i0'", "(3,)"), -5, f': {NOT_NPY}type "<i0" is not read'),
+    ("x", "v.npy", npy("'<S99999999999'", "(3,)"), -5, f': {NOT_NPY}type "<S99999999999" is not read'),
+    ("x", "v.npy", npy("'<M8[ns]'", "(3,)"), -5, f': {NOT_NPY}type "<M8[ns]" is not read'),
+    ("x", "v.npy", npy("[]", "(3,)"), -5, f": {NOT_NPY}its header is damaged"),
+    ("x", "v.npy", npy("[('a', '<i4', (99999999,9999999))]", "(3,)"), -5, f": {NOT_NPY}its header is damaged"),
+    ("x", "v.npy", npy("'<i4'", "(99999999999,99999999999)"), -5, f": {NOT_NPY}its header is damaged"),
+    ("x", "v.npy", npy("'<i4'", "(3"), -5, f": {NOT_NPY}its header is damaged"),
+    ("x", "v.npy", npy("[('a', " * 5000, "(3,)"), -5, f": {NOT_NPY}its type is nested too deeply"),
+    ("x", "v.npy", npy("'<i4'", "(3,)"), -6, ": It has 2 elements, not the 3 that its header says"),
+    ("x", "v.npy", npy("'<i8'", "(1,)", struct.pack("<q", 2**40)), -6, ": Element 0: Value 1099511627776 does not fit INT"),
+]
+
+
+@pytest.mark.parametrize("name, path, content, status, message", BAD_FILES)
+def test_bad_files_change_nothing(file, name, path, content, status, message):
+    file.path(path).write_bytes(content if isinstance(content, bytes) else content.encode())
+    before = file.path("a.h5").read_bytes()
+    answer = insert(file, f"{name} FROM {path}")
+    assert (answer.status, answer.message) == (status, f'File "{file.path(path)}"{message}')
+    assert file.path("a.h5").read_bytes() == before
+
+
+def test_fortran_order_of_a_matrix_is_refused(file):
+    np.save(file.path("v.npy"), np.asfortranarray(np.ones((3, 2))))
+    answer = insert(file, "x FROM v.npy")
+    assert (answer.status, answer.message) == (
+        -5, f'File "{file.path("v.npy")}": {NOT_NPY}it is in Fortran order (save it with order=\'C\')')
+
+
+@pytest.mark.parametrize("rest, status, message", [
+    ("x FROM none.csv", -3, 'File "{}/none.csv" does not exist'),
+    ("x FROM folder.csv", -5, 'File "{}/folder.csv" is a directory'),
+    ("x FROM v.xyz", -5, 'File "{}/v.xyz" has none of the suffixes .csv .tsv .txt .json .npy .bin'),
+    ("x FROM v.bin HEADER", -5, 'File "{}/v.bin" is of bytes and has no HEADER (text files may)'),
+    ("names FROM v.bin", -5, "VARCHAR has no fixed size, a .bin file cannot hold it"),
+    ("refs FROM v.bin", -5, "REFERENCE has no fixed size, a .bin file cannot hold it"),
+    ("x FROM v.csv", -6, "3 values are needed, 0 are given"),
+])
+def test_files_that_cannot_be_read(file, rest, status, message):
+    file.path("folder.csv").mkdir()
+    for name in ("v.csv", "v.bin", "v.xyz"):
+        file.path(name).write_bytes(b"")
+    answer = insert(file, rest)
+    assert (answer.status, answer.message) == (status, message.format(file.folder))
+
+
+def test_error_far_down_names_its_line(file):
+    lines = 300_000
+    with h5py.File(file.path("a.h5"), "a") as made:
+        made["far"] = np.ones((lines, 2))
+    text = "1.5,2\n" * (lines - 1) + "1.5,oops\n"
+    file.path("far.csv").write_text(text)
+    before = file.path("a.h5").read_bytes()
+    answer = insert(file, "far FROM far.csv")
+    assert (answer.status, answer.message) == (
+        -5, f'File "{file.path("far.csv")}", line {lines}, column 2: Value "oops" is no value of DOUBLE')
+    assert file.path("a.h5").read_bytes() == before
+
+
+def test_reals_are_read_as_python_reads_them(file):
+    random = np.random.default_rng(1)
+    texts = [f"{value:.{digits}f}" for value, digits in zip(random.normal(size=3000) * 1e6, random.integers(0, 18, 3000))]
+    texts += [f"{value:.{digits}e}" for value, digits in zip(random.normal(size=3000), random.integers(0, 18, 3000))]
+    texts += ["9007199254740992", "9007199254740993", "-0", "-0.0", "0.", ".5", "-.5", "123456789012345678901", "1e-320"]
+    with h5py.File(file.path("a.h5"), "a") as made:
+        made["reals"] = np.zeros(len(texts))
+    file.path("v.csv").write_text("\n".join(texts))
+    done(insert(file, "reals FROM v.csv"))
+    assert list(map(repr, data(file, "reals"))) == [repr(float(text)) for text in texts]
+
+
+# --- APPEND ---
+
+@pytest.mark.parametrize("rest, rows", [
+    ("grow APPEND VALUES (6, 7, 8)", [[6, 7, 8]]),
+    ("grow APPEND VALUES (6)", [[6, 6, 6]]),
+    ("grow APPEND VALUES (6, 7, 8, 9, 10, 11)", [[6, 7, 8], [9, 10, 11]]),
+    ("grow APPEND FROM v.csv", [[6, 7, 8], [9, 10, 11]]),
+])
+def test_append_adds_rows(file, rest, rows):
+    file.path("v.csv").write_text("6,7,8\n9,10,11\n")
+    done(insert(file, rest))
+    assert data(file, "grow") == [[0, 1, 2], [3, 4, 5], *rows]
+
+
+@pytest.mark.parametrize("rest, status, message", [
+    ("x APPEND VALUES (1)", -6, 'Dataset "/x" is at its maximum of 3 in the first dimension'),
+    ("scalar APPEND VALUES (1)", -5, 'Dataset "/scalar" is a scalar and cannot grow'),
+    ("empty APPEND VALUES (1)", -5, 'Dataset "/empty" is of empty kind and cannot grow'),
+    ("empty VALUES (1)", -5, 'Dataset "/empty" is of empty kind and takes no values'),
+    ("/@n APPEND VALUES (1)", -5, 'Attribute "/@n" cannot grow: it is an attribute'),
+    ("grow [0] APPEND VALUES (1)", -6, "APPEND adds rows behind the last one and takes no slice"),
+    ("grow APPEND VALUES (1, 2)", -6, 'A row of Dataset "/grow" has 3 elements, which 2 values do not fill'),
+    ("grow APPEND SELECT * FROM x [1:]", -6, 'A row of Dataset "/grow" has 3 elements, which 2 values do not fill'),
+    ("grow APPEND VALUES (1, 2, 3, 4, 5, 6, 7, 8, 9)", -6,
+     'Dataset "/grow" may have 4 rows, 3 more than its 2 are too many'),
+    ("group VALUES (1)", -5, '"/group" is a group, not a dataset'),
+])
+def test_append_is_refused(file, rest, status, message):
+    before = file.path("a.h5").read_bytes()
+    answer = insert(file, rest)
+    assert (answer.status, answer.message) == (status, message)
+    assert file.path("a.h5").read_bytes() == before
+
+
+@pytest.mark.parametrize("rest, position, message", [
+    ("INSERT x", 8, 'Expected INTO, found "x"'),
+    ("INSERT INTO x", 14, "Expected APPEND, VALUES, FROM or SELECT, found the end of the statement"),
+    ("INSERT INTO x APPEND", 21, "Expected VALUES, FROM or SELECT, found the end of the statement"),
+    ("INSERT INTO x FROM v.csv HEADERS", 26, 'Expected the end of the statement, found "HEADERS"'),
+])
+def test_syntax(file, rest, position, message):
+    assert file.error("USE FILE a.h5", rest) == (-1, message, position)
