@@ -155,11 +155,6 @@ void create_group(hid_t file, const std::string& path, bool tracked) {
       check_id(H5Gcreate2(file, path.c_str(), links.get(), creation.get(), H5P_DEFAULT), what));
 }
 
-bool is_external_link(hid_t file, const std::string& path) {
-  H5L_info_t info;
-  return H5Lget_info(file, path.c_str(), &info, H5P_DEFAULT) >= 0 && info.type == H5L_TYPE_EXTERNAL;
-}
-
 ObjectHandle open_object(hid_t file, const std::string& path) {
   const ObjectKind found = kind_at(file, path);
   if (leads_nowhere(found)) {

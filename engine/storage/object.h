@@ -46,9 +46,6 @@ void expect_dataset(hid_t file, const std::string& path);
 /// their creation order.
 void create_group(hid_t file, const std::string& path, bool tracked);
 
-/// Whether the last name of the path is an external link.
-bool is_external_link(hid_t file, const std::string& path);
-
 /// Opens a group, dataset or committed data type.
 ObjectHandle open_object(hid_t file, const std::string& path);
 

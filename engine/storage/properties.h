@@ -25,7 +25,7 @@ StorageDescription describe_storage(const ElementPlace& place);
 /// the object.
 std::string_view creation_order(hid_t object, const std::string& name);
 
-/// For each chunk that is stored, in the order of its index, a bit for each filter of the pipeline
+/// For each chunk that is stored, in C order of their places, a bit for each filter of the pipeline
 /// that was left out when it was written. None unless the dataset is chunked.
 std::vector<std::uint32_t> chunk_masks(const ElementPlace& place);
 

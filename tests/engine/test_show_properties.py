@@ -1,5 +1,7 @@
 """SHOW of types, extents and storage of a dataset or attribute, against h5py."""
 
+import zlib
+
 import h5py
 import numpy as np
 import pytest
@@ -141,6 +143,23 @@ def test_mask_of_each_stored_chunk(kelvo):
     assert show(kelvo, "SHOW MASK x") == ["0", "3"]
     assert show(kelvo, "SHOW MASK contiguous") == []
     assert show(kelvo, "SELECT * FROM x[4:6]") == ["5", "6"]
+
+
+@pytest.mark.parametrize("libver", ["earliest", "latest"])
+@pytest.mark.parametrize("maximum", [None, (None, 60), (60, None), (None, None)])
+@pytest.mark.parametrize("extents", [(6, 4), (60, 60)], ids=["few", "many"])
+def test_masks_come_in_the_order_of_the_chunks_places(kelvo, libver, maximum, extents):
+    masks = {}
+    with h5py.File(kelvo.path("t.h5"), "w", libver=libver) as file:
+        dataset = file.create_dataset("x", extents, "i1", chunks=(2, 2), maxshape=maximum, shuffle=True,
+                                      compression="gzip")
+        for number, (row, column) in enumerate((row, column) for column in range(0, extents[1], 2)
+                                               for row in range(0, extents[0], 2)):
+            if number % 7 != 3:
+                masks[row, column] = (number % 2) * 3
+                chunk = bytes(4) if number % 2 else zlib.compress(bytes(4))
+                dataset.id.write_direct_chunk((row, column), chunk, filter_mask=masks[row, column])
+    assert show(kelvo, "SHOW MASK x") == [str(masks[place]) for place in sorted(masks)]
 
 
 def test_order(kelvo):
