@@ -71,7 +71,7 @@ class Kelvo:
 
     def environment(self):
         """Nothing is inherited that could change what the program does."""
-        inherited = ("PATH", "HDF5_PLUGIN_PATH", "LD_PRELOAD")
+        inherited = ("PATH", "HDF5_PLUGIN_PATH", "LD_PRELOAD", "ASAN_OPTIONS")
         return {name: os.environ[name] for name in inherited if name in os.environ} | {
             "HOME": str(self.folder), "LC_ALL": "C", "TERM": "dumb"}
 
