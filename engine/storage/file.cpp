@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "storage/check.h"
+#include "storage/driver.h"
 #include "storage/family.h"
 #include "storage/file_causes.h"
 #include "storage/lock.h"
@@ -54,6 +55,7 @@ FileHandle open_host_file(const std::string& path, Access access, hid_t list) {
   const std::string real = real_path(path);
   // Asked before the library opens the file, since that writes a mark into it already.
   if (access == Access::write && is_locked(real)) fail_locked(path);
+  set_driver(list);
   FileHandle file(H5Fopen(real.c_str(), flags, list));
   if (!file) fail_open(path, path);
   if (access == Access::write && !lock_open_file(file.get())) fail_locked(path);
@@ -120,6 +122,7 @@ void create_file(const std::string& path, bool replace, const FileOptions& optio
   check_creatable(path);
   const std::string made = replace ? path + ".kelvo-new" : path;
   const PropertyHandle list = file_access(options);
+  set_driver(list.get());
   FileHandle file(
       H5Fcreate(made.c_str(), replace ? H5F_ACC_TRUNC : H5F_ACC_EXCL, H5P_DEFAULT, list.get()));
   const auto what = [&path] { return "File " + quoted(path) + " cannot be created"; };
