@@ -80,15 +80,16 @@ Answer alter_dataset(Parser& parser, Session& session) {
   const auto what = [&target] { return "Dataset " + quoted(target.path) + " cannot be changed"; };
   const DatasetHandle dataset =
       open_for_reading(target.file, target.path, session.settings().chunk_cache);
-  const DataspaceHandle dataspace(check_id(H5Dget_space(dataset.get()), what));
-  Space space = describe_space(dataspace.get());
-  check_rank(changes.size(), space.extents.size(), target.path);
+  // First: asking a virtual dataset for its extents would open the files of its sources.
   if (chunk_of(dataset.get()).empty()) {
     throw StatementError(Status::wrong_kind,
                          "Dataset " + quoted(target.path) +
                              " is not chunked, so its extents are fixed (COPY DATASET with CHUNK "
                              "stores it anew)");
   }
+  const DataspaceHandle dataspace(check_id(H5Dget_space(dataset.get()), what));
+  Space space = describe_space(dataspace.get());
+  check_rank(changes.size(), space.extents.size(), target.path);
   for (std::size_t d = 0; d < changes.size(); ++d)
     space.extents[d] = changed(space.extents[d], changes[d], space.maximum[d], d, target.path);
   check_done(H5Dset_extent(dataset.get(), space.extents.data()), what);

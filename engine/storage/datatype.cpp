@@ -310,9 +310,26 @@ DatatypeHandle file_compound(const Type& type) {
   return compound;
 }
 
+// Types nest; a damaged file could make them nest deeper than the stack.
+constexpr int deepest_type = 64;
+int type_depth = 0;
+
+struct TypeLevel {
+  TypeLevel() { ++type_depth; }
+  ~TypeLevel() { --type_depth; }
+  TypeLevel(const TypeLevel&) = delete;
+  TypeLevel& operator=(const TypeLevel&) = delete;
+};
+
 }  // namespace
 
 Type describe_datatype(hid_t file_type) {
+  const TypeLevel level;
+  if (type_depth > deepest_type) {
+    throw StatementError(
+        Status::not_available,
+        "Types that nest more than " + std::to_string(deepest_type) + " deep cannot be read");
+  }
   Type type;
   type.kind = kind_of(file_type);
   type.size = type.file_size = H5Tget_size(file_type);

@@ -40,6 +40,66 @@ std::string cannot_read(const ElementPlace& place) { return place.name + " canno
                        cannot_read(place) + (reason.empty() ? "" : ": " + reason));
 }
 
+// What a damaged file says of itself need not fit together.
+
+std::string damaged(const ElementPlace& place) { return place.name + " is damaged: "; }
+
+void check_countable(const ElementPlace& place) {
+  Extent count = 1;
+  for (const Extent extent : place.space.extents) {
+    if (extent != 0 && count > std::numeric_limits<Extent>::max() / extent) {
+      throw StatementError(Status::hdf5_refused,
+                           damaged(place) + "its extents make more elements than can be counted");
+    }
+    count *= extent;
+  }
+}
+
+void check_size(const ElementPlace& place) {
+  if (H5Tget_size(place.memory_type.get()) == std::max<std::size_t>(1, place.type.size)) return;
+  throw StatementError(Status::hdf5_refused,
+                       damaged(place) + "the sizes in its type do not fit together");
+}
+
+[[noreturn]] void fail_stored(const ElementPlace& place, hsize_t stored) {
+  throw StatementError(Status::hdf5_refused,
+                       damaged(place) + "it stores " + std::to_string(stored) + " bytes of " +
+                           std::to_string(place.space.elements()) + " elements of " +
+                           std::to_string(place.type.file_size));
+}
+
+// Contiguous data must end before the file does; the HDF5 library would give zeros for the rest.
+void check_inside_file(const ElementPlace& place, haddr_t begin, hsize_t size) {
+  const auto what = [&place] { return cannot_read(place); };
+  const FileHandle file(check_id(H5Iget_file_id(place.dataset.get()), what));
+  hsize_t end = 0;
+  check_done(H5Fget_filesize(file.get(), &end), what);
+  if (begin <= end && size <= end - begin) return;
+  throw StatementError(Status::hdf5_refused, damaged(place) + "its " + std::to_string(size) +
+                                                 " bytes from byte " + std::to_string(begin) +
+                                                 " on go beyond the end of the file");
+}
+
+void check_stored(const ElementPlace& place) {
+  const hid_t dataset = place.dataset.get();
+  const PropertyHandle creation(
+      check_id(H5Dget_create_plist(dataset), [&place] { return cannot_read(place); }));
+  const H5D_layout_t layout = H5Pget_layout(creation.get());
+  if (layout != H5D_COMPACT && layout != H5D_CONTIGUOUS) return;
+  const haddr_t begin = layout == H5D_CONTIGUOUS ? H5Dget_offset(dataset) : 0;
+  if (begin == HADDR_UNDEF) return;  // not written yet, or in other files
+  const hsize_t size = H5Dget_storage_size(dataset);
+  const std::size_t element = std::max<std::size_t>(1, place.type.file_size);
+  if (size / element < place.space.elements()) fail_stored(place, size);
+  if (layout == H5D_CONTIGUOUS) check_inside_file(place, begin, size);
+}
+
+std::size_t byte_count(Extent elements, std::size_t size) {
+  if (size != 0 && elements > std::numeric_limits<std::size_t>::max() / size)
+    throw std::bad_alloc();
+  return static_cast<std::size_t>(elements) * size;
+}
+
 ElementPlace described(ElementPlace place, hid_t space, hid_t file_type) {
   const DataspaceHandle owned_space(space);
   place.file_type = DatatypeHandle(file_type);
@@ -53,6 +113,9 @@ ElementPlace described(ElementPlace place, hid_t space, hid_t file_type) {
   } catch (const StatementError& error) {
     throw StatementError(error.status(), cannot_read(place) + ": " + error.what());
   }
+  check_countable(place);
+  check_size(place);
+  if (place.dataset) check_stored(place);
   return place;
 }
 
@@ -125,7 +188,7 @@ void ElementReader::read_dataset(ElementBlock& block) {
   }
   const hsize_t elements = walk_.elements();
   const DataspaceHandle memory_space(check_id(H5Screate_simple(1, &elements, nullptr), what));
-  block.bytes_.resize(static_cast<std::size_t>(elements) * place_.type.size);
+  block.bytes_.resize(byte_count(elements, place_.type.size));
   const herr_t done = H5Dread(place_.dataset.get(), place_.memory_type.get(), memory_space.get(),
                               file_space.get(), H5P_DEFAULT, block.bytes_.data());
   if (done < 0) fail_read(place_);
@@ -138,7 +201,7 @@ void ElementReader::read_dataset(ElementBlock& block) {
 void ElementReader::read_attribute(ElementBlock& block) {
   const auto what = [this] { return cannot_read(place_); };
   const Extent all = place_.space.elements();
-  block.bytes_.resize(static_cast<std::size_t>(all) * place_.type.size);
+  block.bytes_.resize(byte_count(all, place_.type.size));
   check_done(H5Aread(place_.attribute.get(), place_.memory_type.get(), block.bytes_.data()), what);
   traffic_read().add(all, place_.type.size);
   block.count_ = static_cast<std::size_t>(all);

@@ -2,15 +2,19 @@
 
 import fcntl
 import os
+import re
+import shutil
 import signal
 import socket
 import subprocess
 import sys
+import tempfile
+from pathlib import Path
 
 import h5py
 import numpy as np
 import pytest
-from statements import unprivileged
+from statements import Kelvo
 
 DAMAGED = -9
 
@@ -63,26 +67,42 @@ def test_name_too_long_for_the_host(kelvo):
 
 
 @pytest.fixture
-def reachable_by_all(tmp_path_factory):
-    """The program may lie where only its builder may go: then file modes cannot be tested by another user."""
-    program = os.environ["KELVO_PROGRAM"]
-    check = subprocess.run(["/bin/sh", "-c", f'test -x "{program}"'], check=False,
-                           **({"user": 65534, "group": 65534, "extra_groups": []} if os.geteuid() == 0 else {}))
-    assert check.returncode == 0, f"{program} cannot be run by another user"
+def unprivileged():
+    """The program run by a user whom file modes concern: not root. A copy, as that user may not reach the original."""
+    folder = Path(tempfile.mkdtemp())
+    kelvo = Kelvo(folder)
+    if os.geteuid() == 0:
+        linked = subprocess.run(["ldd", kelvo.program], check=True, capture_output=True, text=True).stdout
+        library = re.search(r"libKelvo\.so\S* => (\S+)", linked)[1]
+        shutil.copy(library, folder / "libKelvo.so")
+        kelvo.program = Path(shutil.copy(kelvo.program, folder))
+        kelvo.as_nobody = {"user": 65534, "group": 65534, "extra_groups": []}
+        shutil.chown(folder, 65534, 65534)
+        clean = kelvo.environment()
+        kelvo.environment = lambda: clean | {"LD_LIBRARY_PATH": str(folder)}
+    else:
+        kelvo.as_nobody = {}
+    yield kelvo
+    shutil.rmtree(folder)
 
 
-def test_no_permission_to_read(kelvo, simple, reachable_by_all):
-    simple.chmod(0)
-    assert kelvo.error("USE FILE simple.h5", **unprivileged(kelvo)) == (
-        -8, refusal(kelvo, "simple.h5", "cannot be opened: Permission denied"))
+def test_no_permission_to_read(unprivileged):
+    kelvo = unprivileged
+    with h5py.File(kelvo.path("x.h5"), "w") as file:
+        file["numbers"] = [1]
+    kelvo.path("x.h5").chmod(0)
+    assert kelvo.error("USE FILE x.h5", **kelvo.as_nobody) == (
+        -8, refusal(kelvo, "x.h5", "cannot be opened: Permission denied"))
 
 
-def test_no_permission_to_write(kelvo, simple, reachable_by_all):
-    simple.chmod(0o444)
-    who = unprivileged(kelvo)
-    assert kelvo.rows("USE FILE simple.h5", "SELECT * FROM numbers", **who) == ["0", "1", "2"]
-    assert kelvo.error("USE FILE simple.h5", "CREATE GROUP g", **who) == (
-        -8, refusal(kelvo, "simple.h5", "cannot be opened for writing: Permission denied"))
+def test_no_permission_to_write(unprivileged):
+    kelvo = unprivileged
+    with h5py.File(kelvo.path("x.h5"), "w") as file:
+        file["numbers"] = [1]
+    kelvo.path("x.h5").chmod(0o444)
+    assert kelvo.rows("USE FILE x.h5", "SELECT * FROM numbers", **kelvo.as_nobody) == ["1"]
+    assert kelvo.error("USE FILE x.h5", "CREATE GROUP g", **kelvo.as_nobody) == (
+        -8, refusal(kelvo, "x.h5", "cannot be opened for writing: Permission denied"))
 
 
 def test_empty_file(kelvo):
@@ -294,3 +314,11 @@ def test_file_that_only_looks_like_a_family(kelvo):
 def test_home_directory(kelvo, simple):
     assert kelvo.rows("USE FILE ~/simple.h5", "SHOW USE FILE") == [str(simple)]
     assert kelvo.error("USE FILE ~/none.h5") == (-3, refusal(kelvo, "none.h5", "does not exist"))
+
+
+@pytest.mark.parametrize("name, valid", [
+    ("simple.h5", "YES"), ("none.h5", "NO"), (".", "NO"), ("text", "NO"), ("cut.h5", "NO")])
+def test_validity(kelvo, simple, name, valid):
+    kelvo.path("text").write_text("text")
+    kelvo.path("cut.h5").write_bytes(simple.read_bytes()[:-1])
+    assert kelvo.row(f"SHOW FILE VALIDITY {name}") == valid

@@ -1,0 +1,195 @@
+"""Files broken on purpose: every statement over them ends, in rows or in an error, and the program goes on."""
+
+import random
+import re
+import subprocess
+
+import h5py
+import numpy as np
+import pytest
+from broken_files import CONTENTS, make, statements
+
+DAMAGED = -9
+STATUS = re.compile(rb"\(status (-?\d+)\)\.")
+SIGNATURES = [b"TREE", b"SNOD", b"HEAP", b"GCOL", b"OHDR", b"OCHK", b"FRHP", b"FHDB", b"BTHD", b"BTLF", b"EAHD", b"FAHD"]
+TIMEOUT_SECONDS = 60
+
+
+def random_damage(content, rng):
+    """Some bytes changed where there are any: most of a small file is unused space."""
+    broken = bytearray(content)
+    used = [at for at, byte in enumerate(content) if byte]
+    for _ in range(rng.choice([1, 2, 4, 16])):
+        at = rng.choice(used)
+        damage = rng.choice([bytes([rng.randrange(256)]), bytes([content[at] ^ 1 << rng.randrange(8)]), b"\xff" * 8,
+                             rng.randbytes(4), bytes(4)])
+        broken[at:at + len(damage)] = damage
+    return bytes(broken[:len(content)])
+
+
+def structural_damage(content, rng):
+    """Each structure that bears a signature, changed just behind it; and blocks wiped out."""
+    for signature in SIGNATURES:
+        at = content.find(signature)
+        if at >= 0:
+            for offset in (4, 8, 16, 24):
+                for damage in (b"\xff" * 8, bytes(8), rng.randbytes(2)):
+                    begin = at + offset
+                    yield content[:begin] + damage + content[begin + len(damage):]
+    for begin in range(0, len(content), max(512, len(content) // 6)):
+        yield content[:begin] + bytes(512) + content[begin + 512:]
+        yield content[:begin + 100]
+
+
+def read_all(kelvo, lines):
+    """What is printed for the lines, whatever fails among them."""
+    text = "\n".join(["USE FILE broken.h5", *lines, "exit", ""])
+    finished = subprocess.run([kelvo.program, "--no-status"], input=text.encode(), cwd=kelvo.folder,
+                              env=kelvo.environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              timeout=TIMEOUT_SECONDS, check=False)
+    return finished.returncode, finished.stderr, finished.stdout
+
+
+def check_all_is_answered(kelvo, content, lines, name):
+    kelvo.path("broken.h5").write_bytes(content)
+    status, stderr, output = read_all(kelvo, lines)
+    if (status, stderr) != (0, b""):
+        kept = kelvo.path(f"{name}.h5")
+        kept.write_bytes(content)
+        pytest.fail(f"{kept}: the program ended with {status}: {stderr.decode(errors='replace')}")
+    assert {int(found) for found in STATUS.findall(output)} <= {-2, -3, -5, -6, -7, -8, -9, -10}
+
+
+@pytest.fixture(params=[(content, libver) for content in CONTENTS for libver in ("earliest", "latest")],
+                ids=lambda param: f"{param[0].__name__}-{param[1]}")
+def whole(request, kelvo):
+    content, libver = request.param
+    make(content, kelvo.path("whole.h5"), libver)
+    return kelvo.path("whole.h5").read_bytes(), statements(kelvo.path("whole.h5"))
+
+
+def test_the_whole_file_is_read(kelvo, whole):
+    """The statements do read it: only the links that lead nowhere are refused."""
+    content, lines = whole
+    kelvo.path("broken.h5").write_bytes(content)
+    status, stderr, output = read_all(kelvo, lines)
+    assert (status, stderr) == (0, b"")
+    assert {int(found) for found in STATUS.findall(output)} <= {-3}
+
+
+def test_random_damage(kelvo, whole):
+    content, lines = whole
+    rng = random.Random(len(content))
+    for case in range(20):
+        check_all_is_answered(kelvo, random_damage(content, rng), lines, f"random-{case}")
+
+
+def test_structural_damage(kelvo, whole):
+    content, lines = whole
+    rng = random.Random(len(content))
+    for case, broken in enumerate(structural_damage(content, rng)):
+        check_all_is_answered(kelvo, broken, lines, f"structural-{case}")
+
+
+# --- single damages, and what is said of them ---
+
+
+def patched(path, old, new):
+    content = path.read_bytes()
+    assert content.count(old) == 1
+    path.write_bytes(content.replace(old, new))
+
+
+def test_checksum(kelvo):
+    with h5py.File(kelvo.path("x.h5"), "w", libver="latest") as file:
+        file["x"] = [1]
+    content = bytearray(kelvo.path("x.h5").read_bytes())
+    content[content.find(b"OHDR") + 8] ^= 0xFF
+    kelvo.path("x.h5").write_bytes(content)
+    status, message = kelvo.error("USE FILE x.h5", "SHOW DATASET")
+    assert status == DAMAGED
+    assert message.startswith(f'File "{kelvo.path("x.h5")}" ')
+
+
+def test_filtered_chunk(kelvo):
+    with h5py.File(kelvo.path("x.h5"), "w") as file:
+        dataset = file.create_dataset("x", data=np.arange(100), chunks=(50,), fletcher32=True)
+        file.flush()
+        at = dataset.id.get_chunk_info(1).byte_offset
+    content = bytearray(kelvo.path("x.h5").read_bytes())
+    content[at] ^= 0xFF
+    kelvo.path("x.h5").write_bytes(content)
+    assert kelvo.rows("USE FILE x.h5", "SELECT * FROM x[0:2]") == ["0", "1"]
+    status, message = kelvo.error("USE FILE x.h5", "SELECT * FROM x")
+    assert status == DAMAGED
+    assert message.startswith('Dataset "/x" cannot be read: ')
+
+
+def test_strings_whose_heap_is_damaged(kelvo):
+    """The HDF5 library would look for the next string for ever."""
+    with h5py.File(kelvo.path("x.h5"), "w") as file:
+        file["x"] = ["one", "two"]
+    content = bytearray(kelvo.path("x.h5").read_bytes())
+    heap = content.find(b"GCOL")
+    content[heap + 24:heap + 32] = b"\xff" * 8  # the size of the first string
+    kelvo.path("x.h5").write_bytes(content)
+    assert kelvo.error("USE FILE x.h5", "SELECT * FROM x") == (
+        DAMAGED, f"The file is damaged: the heap of its strings and sequences at byte {heap} cannot be read")
+
+
+def test_contiguous_data_beyond_the_end(kelvo):
+    """The HDF5 library would give zeros."""
+    with h5py.File(kelvo.path("x.h5"), "w") as file:
+        dataset = file.create_dataset("x", data=np.arange(1000, dtype="int64"))
+        file.flush()
+        at = dataset.id.get_offset()
+    path = kelvo.path("x.h5")
+    patched(path, at.to_bytes(8, "little"), (0x10000000).to_bytes(8, "little"))
+    assert kelvo.error("USE FILE x.h5", "SELECT * FROM x") == (
+        DAMAGED, 'Dataset "/x" is damaged: its 8000 bytes from byte 268435456 on go beyond the end of the file')
+
+
+def test_fewer_bytes_than_elements(kelvo):
+    with h5py.File(kelvo.path("x.h5"), "w") as file:
+        file.create_dataset("x", data=np.arange(1234, dtype="int64"))
+    path = kelvo.path("x.h5")
+    patched(path, (1234 * 8).to_bytes(8, "little"), (1233 * 8).to_bytes(8, "little"))
+    assert kelvo.error("USE FILE x.h5", "SELECT * FROM x") == (
+        DAMAGED, 'Dataset "/x" is damaged: it stores 9864 bytes of 1234 elements of 8')
+
+
+def test_more_elements_than_can_be_counted(kelvo):
+    with h5py.File(kelvo.path("x.h5"), "w") as file:
+        file.create_dataset("x", (2**31 + 1, 2**31 + 3, 7), "int8", chunks=(64, 64, 7))
+    path = kelvo.path("x.h5")
+    content = path.read_bytes()
+    extent = (2**31 + 1).to_bytes(8, "little")
+    assert content.count(extent) == 2  # and the maximum extent, which is the same
+    path.write_bytes(content.replace(extent, (2**63).to_bytes(8, "little")))
+    assert kelvo.error("USE FILE x.h5", "SELECT * FROM x[0]") == (
+        DAMAGED, 'Dataset "/x" is damaged: its extents make more elements than can be counted')
+
+
+def nested_sequences(path, depth):
+    kind = h5py.h5t.NATIVE_INT8
+    for _ in range(depth):
+        kind = h5py.h5t.vlen_create(kind)
+    with h5py.File(path, "w") as file:
+        h5py.h5d.create(file.id, b"x", kind, h5py.h5s.create_simple((1,)))
+
+
+def test_types_that_nest_too_deep(kelvo):
+    nested_sequences(kelvo.path("deep.h5"), 63)
+    assert len(kelvo.rows("USE FILE deep.h5", "SELECT * FROM x")) == 1
+    nested_sequences(kelvo.path("deeper.h5"), 64)
+    assert kelvo.error("USE FILE deeper.h5", "SELECT * FROM x") == (
+        -7, "Types that nest more than 64 deep cannot be read")
+
+
+def test_groups_in_a_circle(kelvo):
+    with h5py.File(kelvo.path("x.h5"), "w") as file:
+        file.create_group("a/b")
+        file["a/b/a"] = file["a"]
+        file["x"] = [1]
+        file["a/x"] = file["x"]
+    assert kelvo.rows("USE FILE x.h5", "SELECT * FROM a/b/a/b/a/x", "SHOW GROUP a/b/a") == ["1", "b"]
