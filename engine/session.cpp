@@ -7,6 +7,7 @@
 
 #include "statements/family.h"
 #include "storage/check.h"
+#include "storage/crash_guard.h"
 #include "storage/lock.h"
 #include "storage/lzf_filter.h"
 #include "storage/object.h"
@@ -26,6 +27,7 @@ int default_threads() noexcept {
 }
 
 Session::Session() {
+  skip_work_at_exit();
   take_over_locking();
   guard_reach(settings_.file_options, settings_.external_link_prefix);
   silence_hdf5();

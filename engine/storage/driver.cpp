@@ -1,5 +1,5 @@
-// The driver's callbacks. Two things differ from the library's own driver: global heaps are checked
-// when they are read, since their reader trusts the sizes in them; and where a file is only read,
+// The driver's callbacks. Two things differ from the library's own driver: heaps are checked when
+// they are read, since their reader trusts the sizes in them; and where a file is only read,
 // metadata are not gathered, since what gathers them trusts their addresses.
 #include "storage/driver.h"
 
@@ -8,11 +8,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <string_view>
 #include <tuple>
 
 #include "storage/check.h"
@@ -27,6 +29,7 @@ struct HostFile {
   bool is_written = false;
   haddr_t end_allocated = 0;
   haddr_t size = 0;
+  std::size_t length_bytes = 8;  // of a size in the file
   dev_t device = 0;
   ino_t inode = 0;
 
@@ -42,6 +45,21 @@ constexpr haddr_t largest_address = (haddr_t{1} << 63) - 1;
 
 HostFile* file_of(H5FD_t* file) { return reinterpret_cast<HostFile*>(file); }
 const HostFile* file_of(const H5FD_t* file) { return reinterpret_cast<const HostFile*>(file); }
+
+// The bytes of a size, as the superblock tells: it is at the file's beginning, or at 512, 1024, …
+// bytes behind a user block.
+std::size_t read_length_bytes(const HostFile& file) {
+  std::array<unsigned char, 16> bytes{};
+  for (haddr_t at = 0; at < file.size; at = at == 0 ? 512 : 2 * at) {
+    const ssize_t read =
+        ::pread(file.descriptor, bytes.data(), bytes.size(), static_cast<off_t>(at));
+    if (read != static_cast<ssize_t>(bytes.size())) break;
+    if (std::memcmp(bytes.data(), "\x89HDF\r\n\x1a\n", 8) != 0) continue;
+    const unsigned char length = bytes[8] < 2 ? bytes[14] : bytes[10];
+    return length == 2 || length == 4 ? length : 8;
+  }
+  return 8;
+}
 
 int host_flags(unsigned flags) {
   int host = O_CLOEXEC;
@@ -62,6 +80,7 @@ H5FD_t* open_file(const char* name, unsigned flags, hid_t /*access*/, haddr_t /*
   file->size = static_cast<haddr_t>(status.st_size);
   file->device = status.st_dev;
   file->inode = status.st_ino;
+  file->length_bytes = read_length_bytes(*file);
   return &file.release()->base;
 }
 
@@ -102,11 +121,13 @@ herr_t get_descriptor(H5FD_t* file, hid_t /*access*/, void** descriptor) {
   return 0;
 }
 
-// --- global heaps ---
+// --- heaps ---
 
-constexpr H5FD_mem_t heap_type = H5FD_MEM_DRAW;  // the library passes heaps off as raw data
-constexpr std::size_t heap_header = 16;
-constexpr std::size_t object_header = 16;
+constexpr H5FD_mem_t global_heap_type = H5FD_MEM_DRAW;  // the library passes them off as raw data
+
+bool begins_with(const unsigned char* bytes, std::size_t read, std::string_view signature) {
+  return read >= signature.size() && std::memcmp(bytes, signature.data(), signature.size()) == 0;
+}
 
 std::uint64_t number_at(const unsigned char* bytes, std::size_t size) {
   std::uint64_t number = 0;
@@ -114,23 +135,38 @@ std::uint64_t number_at(const unsigned char* bytes, std::size_t size) {
   return number;
 }
 
-// Whether a walk from object to object comes to the heap's end. Heaps that were read in part are
-// read again as a whole; those of files whose sizes have not 8 bytes look like that, and pass.
-bool is_sound_heap(const unsigned char* bytes, std::size_t read) {
-  if (read < heap_header || std::memcmp(bytes, "GCOL\x01\0\0\0", 8) != 0) return true;
-  const std::uint64_t size = number_at(bytes + 8, 8);
+// A global heap: whether a walk from object to object comes to its end. A heap that was read in
+// part passes, as it is read again as a whole.
+bool is_sound_global_heap(const unsigned char* bytes, std::size_t read, std::size_t length_bytes) {
+  using namespace std::string_view_literals;
+  const std::size_t header = 8 + length_bytes;
+  if (!begins_with(bytes, read, "GCOL\1\0\0\0"sv) || read < header) return true;
+  const std::uint64_t size = number_at(bytes + 8, length_bytes);
   if (size > read) return true;
-  std::uint64_t at = heap_header;
-  while (at <= size && size - at >= object_header) {
+  std::uint64_t at = 16;
+  while (at <= size && size - at >= header) {
     const bool is_free_space = number_at(bytes + at, 2) == 0;
-    const std::uint64_t length = number_at(bytes + at + 8, 8);
+    const std::uint64_t length = number_at(bytes + at + 8, length_bytes);
     const std::uint64_t left = size - at;
     if (length > left) return false;
-    const std::uint64_t step = is_free_space ? length : object_header + (length + 7) / 8 * 8;
-    if (step < object_header || step > left) return false;
+    const std::uint64_t step = is_free_space ? length : (header + 7) / 8 * 8 + (length + 7) / 8 * 8;
+    if (step < header || step > left) return false;
     at += step;
   }
   return at <= size;
+}
+
+// A local heap: whether its data could be in the file at all.
+bool is_sound_local_heap(const unsigned char* bytes, std::size_t read, const HostFile& file) {
+  using namespace std::string_view_literals;
+  if (!begins_with(bytes, read, "HEAP\0\0\0\0"sv) || read < 8 + file.length_bytes) return true;
+  return number_at(bytes + 8, file.length_bytes) <= std::max(file.size, file.end_allocated);
+}
+
+bool is_sound_heap(H5FD_mem_t type, const unsigned char* bytes, std::size_t read,
+                   const HostFile& file) {
+  if (type == global_heap_type) return is_sound_global_heap(bytes, read, file.length_bytes);
+  return type != H5FD_MEM_LHEAP || is_sound_local_heap(bytes, read, file);
 }
 
 // --- reading ---
@@ -156,15 +192,13 @@ herr_t read(H5FD_t* file, H5FD_mem_t type, hid_t /*transfer*/, haddr_t address, 
             void* buffer) {
   if (address > largest_address || size > largest_address - address) return -1;
   auto* bytes = static_cast<unsigned char*>(buffer);
-  if (!read_bytes(file_of(file)->descriptor, address, size, bytes)) return -1;
-  if (type == heap_type && !is_sound_heap(bytes, size)) {
-    leave_error(
-        StatementError(Status::hdf5_refused,
-                       "The file is damaged: the heap of its strings and sequences at byte " +
-                           std::to_string(address) + " cannot be read"));
-    return -1;
-  }
-  return 0;
+  const HostFile& host = *file_of(file);
+  if (!read_bytes(host.descriptor, address, size, bytes)) return -1;
+  if (is_sound_heap(type, bytes, size, host)) return 0;
+  leave_error(StatementError(
+      Status::hdf5_refused,
+      "The file is damaged: its heap at byte " + std::to_string(address) + " cannot be read"));
+  return -1;
 }
 
 // --- writing ---

@@ -1,5 +1,5 @@
-// The file driver for host files: as the HDF5 library's own for POSIX files, but it looks at what is
-// damaged in ways that the library does not survive.
+// The file driver for host files: as the HDF5 library's own for POSIX files, but it looks at what
+// is damaged in ways that the library does not survive.
 #pragma once
 
 #include <hdf5.h>

@@ -12,7 +12,7 @@ ElementBatch::ElementBatch(const ElementPlace& place, const Selection& box)
   bytes_.resize(count() * place.type.size);
   traffic_read().add(count_, place.type.size);
   if (place.attribute) {
-    check_done(H5Aread(place.attribute.get(), place.memory_type.get(), bytes_.data()), what);
+    read_elements(place, H5S_ALL, H5S_ALL, bytes_.data());
     return;
   }
   const DataspaceHandle file_space(check_id(H5Dget_space(place.dataset.get()), what));
@@ -22,9 +22,7 @@ ElementBatch::ElementBatch(const ElementPlace& place, const Selection& box)
                                    box.stride.data(), box.count.data(), nullptr),
                what);
   }
-  check_done(H5Dread(place.dataset.get(), place.memory_type.get(), memory_space.get(),
-                     file_space.get(), H5P_DEFAULT, bytes_.data()),
-             what);
+  read_elements(place, memory_space.get(), file_space.get(), bytes_.data());
 }
 
 ElementBatch::~ElementBatch() {

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "storage/check.h"
+#include "storage/crash_guard.h"
 #include "storage/datatype.h"
 #include "storage/object.h"
 #include "storage/sources.h"
@@ -130,7 +131,35 @@ Extent most_elements(const ElementPlace& place, const Selection& selection) {
   return std::max<Extent>(1, block_bytes / std::max<std::size_t>(1, place.type.size));
 }
 
+struct ReadCall {
+  const ElementPlace& place;
+  hid_t memory_space;
+  hid_t file_space;
+  std::byte* bytes;
+  herr_t result = -1;
+};
+
+void run_read(void* arguments) {
+  ReadCall& read = *static_cast<ReadCall*>(arguments);
+  const hid_t type = read.place.memory_type.get();
+  read.result = read.place.dataset ? H5Dread(read.place.dataset.get(), type, read.memory_space,
+                                             read.file_space, H5P_DEFAULT, read.bytes)
+                                   : H5Aread(read.place.attribute.get(), type, read.bytes);
+}
+
 }  // namespace
+
+void read_elements(const ElementPlace& place, hid_t memory_space, hid_t file_space,
+                   std::byte* bytes) {
+  ReadCall read{place, memory_space, file_space, bytes};
+  if (!place.type.has_varying_parts()) {
+    run_read(&read);
+  } else if (!call_guarded(run_read, &read)) {
+    throw StatementError(Status::hdf5_refused,
+                         damaged(place) + "a string or sequence of it is not where it should be");
+  }
+  if (read.result < 0) fail_read(place);
+}
 
 ElementPlace place_of(DatasetHandle dataset, std::string name) {
   SourcedDataset found = within_reach(std::move(dataset), name);
@@ -189,9 +218,7 @@ void ElementReader::read_dataset(ElementBlock& block) {
   const hsize_t elements = walk_.elements();
   const DataspaceHandle memory_space(check_id(H5Screate_simple(1, &elements, nullptr), what));
   block.bytes_.resize(byte_count(elements, place_.type.size));
-  const herr_t done = H5Dread(place_.dataset.get(), place_.memory_type.get(), memory_space.get(),
-                              file_space.get(), H5P_DEFAULT, block.bytes_.data());
-  if (done < 0) fail_read(place_);
+  read_elements(place_, memory_space.get(), file_space.get(), block.bytes_.data());
   traffic_read().add(elements, place_.type.size);
   block.count_ = static_cast<std::size_t>(elements);
   if (place_.type.has_varying_parts()) block.varying_type_ = place_.memory_type.get();
@@ -199,10 +226,9 @@ void ElementReader::read_dataset(ElementBlock& block) {
 
 // The selection is gathered from the whole attribute.
 void ElementReader::read_attribute(ElementBlock& block) {
-  const auto what = [this] { return cannot_read(place_); };
   const Extent all = place_.space.elements();
   block.bytes_.resize(byte_count(all, place_.type.size));
-  check_done(H5Aread(place_.attribute.get(), place_.memory_type.get(), block.bytes_.data()), what);
+  read_elements(place_, H5S_ALL, H5S_ALL, block.bytes_.data());
   traffic_read().add(all, place_.type.size);
   block.count_ = static_cast<std::size_t>(all);
   if (place_.type.has_varying_parts()) block.varying_type_ = place_.memory_type.get();

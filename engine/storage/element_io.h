@@ -32,6 +32,11 @@ ElementPlace place_of(AttributeHandle attribute, std::string name);
 /// others.
 void read_only_members(ElementPlace& place, Type type);
 
+/// Reads elements of a dataset between two spaces, or all of an attribute, into memory laid out as
+/// place.type says.
+void read_elements(const ElementPlace& place, hid_t memory_space, hid_t file_space,
+                   std::byte* bytes);
+
 /// Elements in memory as their Type lays them out. Owns what varying parts point to, where the HDF5
 /// library made them.
 class ElementBlock {

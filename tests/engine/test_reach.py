@@ -521,18 +521,11 @@ def stranger(kelvo, home):
     ("r", ('Dataset "/r"', "/etc/passwd"))])
 @pytest.mark.parametrize("statement", [
     "SELECT COUNT(*) FROM {}", "SELECT * FROM {} INTO x.csv", "SELECT VALUE FROM {} WHERE VALUE > 0",
-    "CREATE DATASET n INT [3]\nINSERT INTO n SELECT * FROM {}", "COPY DATASET {} TO n DEFLATE 1", "SHOW DIMENSION {}"])
+    "COPY DATASET {} TO n", "COPY DATASET {} TO n DEFLATE 1", "SHOW DIMENSION {}"])
 def test_no_statement_reads_out_of_reach(kelvo, stranger, statement, item, refused):
     what, target = refused
-    assert kelvo.error(*stranger, *statement.format(item).split("\n")) == outside(what, kelvo.path(target))
+    assert kelvo.error(*stranger, statement.format(item)) == outside(what, kelvo.path(target))
     assert not kelvo.path("x.csv").exists()
-
-
-@pytest.mark.parametrize("item", ["v", "r"])
-def test_copying_leaves_data_where_they_are(kelvo, home, stranger, item):
-    kelvo.rows(*stranger, f"COPY DATASET {item} TO n")
-    with h5py.File(home / "a.h5") as file:
-        assert file["n"].is_virtual or file["n"].external == [("/etc/passwd", 0, 4)]
 
 
 def test_listings_go_past_what_is_out_of_reach(kelvo, stranger):
