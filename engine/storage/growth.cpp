@@ -35,7 +35,7 @@ RowGrowth::~RowGrowth() {
   if (grown_) H5Dset_extent(place_.dataset.get(), place_.space.extents.data());
 }
 
-Selection RowGrowth::grow(Extent rows) {
+Selection RowGrowth::grow(Extent rows, Extent varying_bytes) {
   std::vector<Extent> extents = place_.space.extents;
   if (rows > place_.space.maximum[0] - extents[0]) {
     throw StatementError(Status::out_of_range,
@@ -51,6 +51,7 @@ Selection RowGrowth::grow(Extent rows) {
   selection.count[0] = rows;
   selection.shape = selection.count;
   extents[0] += rows;
+  room_.emplace(place_, selection, varying_bytes);
   check_done(H5Dset_extent(place_.dataset.get(), extents.data()),
              [this] { return place_.name + " cannot be extended"; });
   grown_ = true;

@@ -1,7 +1,10 @@
 // Appending to a dataset: its first dimension grows, and shrinks again where what follows fails.
 #pragma once
 
+#include <optional>
+
 #include "storage/element_io.h"
+#include "storage/room.h"
 #include "values/selection.h"
 
 namespace kelvo {
@@ -22,14 +25,16 @@ class RowGrowth {
   /// Takes the growth back, unless it was kept.
   ~RowGrowth();
 
-  /// Adds rows at the end of the first dimension and selects them. Throws out_of_range beyond the
-  /// maximum.
-  Selection grow(Extent rows);
+  /// Adds rows at the end of the first dimension and selects them, once there is room for them and
+  /// for `varying_bytes` of what they point to. Throws out_of_range beyond the maximum,
+  /// host_refused where the disk is too full.
+  Selection grow(Extent rows, Extent varying_bytes);
 
   void keep() { grown_ = false; }
 
  private:
   const ElementPlace& place_;
+  std::optional<ReservedRoom> room_;  // given back after the growth has been
   bool grown_ = false;
 };
 

@@ -1,5 +1,8 @@
 """INSERT into datasets and attributes from files and from SELECT, and what it refuses: nothing is changed then."""
 
+import os
+import resource
+import signal
 import struct
 
 import h5py
@@ -283,3 +286,28 @@ def test_append_is_refused(file, rest, status, message):
 ])
 def test_syntax(file, rest, position, message):
     assert file.error("USE FILE a.h5", rest) == (-1, message, position)
+
+
+# --- A disk that is too full ---
+
+def limit_file_size(size):
+    """Writing beyond it fails with EFBIG, as writing to a full disk does with ENOSPC."""
+    def limit():
+        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+        resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
+    return limit
+
+
+def test_full_disk_leaves_the_file_as_it_was(kelvo):
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made.create_dataset("grow", data=np.arange(1000, dtype="i4"), maxshape=(None,), chunks=(1000,))
+    with open(kelvo.path("v.csv"), "w") as text:
+        text.writelines(f"{i}\n" for i in range(200_000))
+    size = os.path.getsize(kelvo.path("a.h5"))
+    answer = kelvo.run("USE FILE a.h5", "INSERT INTO grow APPEND FROM v.csv", preexec_fn=limit_file_size(size + 100_000),
+                       restore_signals=False)
+    assert answer.status == -8
+    assert answer.message.startswith('Dataset "/grow" cannot be written, it may need ')
+    assert answer.message.endswith(" bytes: File too large")
+    with h5py.File(kelvo.path("a.h5")) as made:
+        assert np.array_equal(made["grow"][...], np.arange(1000))
