@@ -1,0 +1,38 @@
+// Numbers into text, by type, each beside libc's way.
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+
+#include "bench/sample_values.h"
+#include "executor/number_text.h"
+
+namespace {
+
+template <typename Number>
+void write_numbers(benchmark::State& state) {
+  const std::vector<Number> numbers = bench::sample_numbers<Number>();
+  char text[number_text_room];
+  for (auto _ : state) {
+    for (const Number number : numbers) benchmark::DoNotOptimize(write_number(text, number));
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(numbers.size()));
+}
+
+void print_with_libc(benchmark::State& state) {
+  const std::vector<double> numbers = bench::sample_numbers<double>();
+  char text[number_text_room];
+  for (auto _ : state) {
+    for (const double number : numbers)
+      benchmark::DoNotOptimize(std::snprintf(text, sizeof text, "%f", number));
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(numbers.size()));
+}
+
+}  // namespace
+
+BENCHMARK(write_numbers<std::int32_t>);
+BENCHMARK(write_numbers<std::uint32_t>);
+BENCHMARK(write_numbers<std::int64_t>);
+BENCHMARK(write_numbers<std::uint64_t>);
+BENCHMARK(write_numbers<double>);
+BENCHMARK(print_with_libc);
