@@ -71,9 +71,11 @@ def results_of(job, places, folder, times):
 
 def print_rows(job, results):
     first = next(iter(results.values()))
+    processor = {name: run.user + run.system for name, run in results.items()}
+    first_processor = max(0.001, next(iter(processor.values())))
     for name, run in results.items():
         print(f"| {job.name} | {name} | {run.wall:.3f} | {run.user:.3f} | {run.system:.3f} | "
-              f"{run.wall / first.wall:.2f}x | {run.peak:.0f} |", flush=True)
+              f"{run.wall / first.wall:.2f}x | {processor[name] / first_processor:.2f}x | {run.peak:.0f} |", flush=True)
 
 
 def make_tiny_file(data):
@@ -86,8 +88,8 @@ def make_tiny_file(data):
 def main(build, data, times, count):
     make_tiny_file(data)
     places = {"build": os.path.abspath(build), "data": os.path.abspath(data), "n": count}
-    print("| job | run | seconds | user | system | ratio | MiB |")
-    print("|---|---|---:|---:|---:|---:|---:|")
+    print("| job | run | seconds | user | system | ratio | ratio of processor time | MiB |")
+    print("|---|---|---:|---:|---:|---:|---:|---:|")
     with tempfile.TemporaryDirectory(dir=data) as folder:
         for job in JOBS:
             print_rows(job, results_of(job, places, folder, int(times)))
