@@ -42,9 +42,6 @@ herr_t find_left_error(unsigned /*depth*/, const H5E_error2_t* error, void* foun
 }  // namespace
 
 void silence_hdf5() {
-  // Session closes all files itself; clearing up at the process's end would crash where closing one
-  // has failed.
-  H5dont_atexit();
   H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
   // Now, as registering it clears the error stack.
   our_error_class();

@@ -51,11 +51,11 @@ Extent bytes_needed(const ElementPlace& place, const Selection& selection) {
   return chunked ? chunked_bytes(creation, place, selection) : whole_bytes(place);
 }
 
-// Only a single host file has one descriptor.
+// A family of files has one for each member.
 int descriptor_of(hid_t file) {
   const PropertyHandle access(H5Fget_access_plist(file));
   void* descriptor = nullptr;
-  const bool single = access && H5Pget_driver(access.get()) == H5FD_SEC2 &&
+  const bool single = access && H5Pget_driver(access.get()) != H5FD_FAMILY &&
                       H5Fget_vfd_handle(file, access.get(), &descriptor) >= 0;
   return single ? *static_cast<int*>(descriptor) : -1;
 }
