@@ -22,8 +22,8 @@ using NumberReader = const char* (*)(const char* begin, const char* end, std::by
 /// Null where numbers of the type need more than reading.
 NumberReader number_reader(const Type& type);
 
-/// The field as a literal for `type`; throws StatementError where it is none.
-Literal field_literal(const Type& type, std::string_view field);
+/// A field's text as a literal for `type`; throws StatementError where it is none.
+Literal field_literal(const Type& type, std::string_view text);
 
 /// Without blanks and tabs at both ends.
 std::string_view trimmed(std::string_view text);

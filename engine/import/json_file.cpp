@@ -46,10 +46,10 @@ class Input {
   [[nodiscard]] std::size_t Tell() const { return before_ + at_; }
 
   // Of the interface, for parsing in place, which is not done here.
-  Ch* PutBegin() { return nullptr; }
+  static Ch* PutBegin() { return nullptr; }
   void Put(Ch /*byte*/) {}
   void Flush() {}
-  std::size_t PutEnd(Ch* /*begin*/) { return 0; }
+  static std::size_t PutEnd(Ch* /*begin*/) { return 0; }
 
   [[nodiscard]] bool at_end() const { return at_ >= end_; }
 
@@ -163,11 +163,11 @@ class Builder {
     return true;
   }
   // Numbers come as their text; these are for a parser set otherwise.
-  bool Int(int /*value*/) { return false; }
-  bool Uint(unsigned /*value*/) { return false; }
-  bool Int64(std::int64_t /*value*/) { return false; }
-  bool Uint64(std::uint64_t /*value*/) { return false; }
-  bool Double(double /*value*/) { return false; }
+  static bool Int(int /*value*/) { return false; }
+  static bool Uint(unsigned /*value*/) { return false; }
+  static bool Int64(std::int64_t /*value*/) { return false; }
+  static bool Uint64(std::uint64_t /*value*/) { return false; }
+  static bool Double(double /*value*/) { return false; }
 
  private:
   static Literal word(const char* text) {

@@ -75,7 +75,7 @@ ReservedRoom::ReservedRoom(const ElementPlace& place, const Selection& selection
           static_cast<off_t>(std::min<Extent>(bytes, std::numeric_limits<off_t>::max() / 2)));
 }
 
-void ReservedRoom::reserve(const ElementPlace& place, off_t bytes) {
+void ReservedRoom::reserve(const ElementPlace& place, off_t bytes) const {
   struct stat status {};
   rlimit limit{};
   if (fstat(descriptor_, &status) != 0 || getrlimit(RLIMIT_FSIZE, &limit) != 0) return;

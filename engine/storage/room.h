@@ -21,7 +21,7 @@ class ReservedRoom {
   ~ReservedRoom();
 
  private:
-  void reserve(const ElementPlace& place, off_t bytes);
+  void reserve(const ElementPlace& place, off_t bytes) const;
 
   FileHandle file_;
   int descriptor_ = -1;  // the HDF5 library's own; -1 where nothing is reserved

@@ -86,7 +86,8 @@ std::size_t convert_numbers(const std::byte* from, std::size_t count, std::byte*
     From value;
     std::memcpy(&value, from + i * sizeof value, sizeof value);
     if (!fits<From, To>(value)) return i;
-    const auto converted = static_cast<To>(value);
+    // A signed byte is a number here, no character.
+    const auto converted = static_cast<To>(value);  // NOLINT(bugprone-signed-char-misuse)
     std::memcpy(to + i * sizeof converted, &converted, sizeof converted);
   }
   return count;
@@ -143,7 +144,6 @@ Conversion::NumberLoop Conversion::number_loop(const Type& from, const Type& to)
 
 Conversion::Conversion(const Type& from, const Type& to, MemberMatch match, ReferenceNamer namer)
     : from_(from),
-      to_(to),
       match_(match),
       namer_(std::move(namer)),
       alike_(lie_alike(from, to, match)),

@@ -32,7 +32,6 @@ class Conversion {
   void append_numbers(const std::byte* from, std::size_t count, EncodedElements* elements);
 
   const Type& from_;
-  const Type& to_;
   MemberMatch match_;
   ReferenceNamer namer_;
   bool alike_;
