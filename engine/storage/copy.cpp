@@ -12,6 +12,7 @@
 #include "storage/file.h"
 #include "storage/host.h"
 #include "storage/link.h"
+#include "storage/listing.h"
 #include "storage/object.h"
 #include "storage/reference_copy.h"
 #include "storage/sources.h"
@@ -122,22 +123,6 @@ void copy_fill(hid_t from_list, hid_t to_list, hid_t type, const std::string& pa
 }
 
 // --- values and attributes ---
-
-herr_t keep_name(hid_t /*object*/, const char* name, const H5A_info_t* /*info*/, void* names) {
-  static_cast<std::vector<std::string>*>(names)->emplace_back(name);
-  return 0;
-}
-
-// Names of attributes in the order in which they were made, where that is known.
-std::vector<std::string> attributes_as_made(hid_t object, const std::string& path) {
-  std::vector<std::string> names;
-  if (H5Aiterate2(object, H5_INDEX_CRT_ORDER, H5_ITER_INC, nullptr, keep_name, &names) >= 0)
-    return names;
-  names.clear();
-  check_done(H5Aiterate2(object, H5_INDEX_NAME, H5_ITER_INC, nullptr, keep_name, &names),
-             [&path] { return "Attributes of " + quoted(path) + " cannot be read"; });
-  return names;
-}
 
 void copy_values(const ElementPlace& from, const ElementPlace& to, const ReferenceMap& references) {
   H5D_space_status_t status = H5D_SPACE_STATUS_ALLOCATED;
@@ -260,7 +245,7 @@ void copy_attributes(const ObjectPlace& from, const ObjectPlace& to,
                      const ReferenceMap& references) {
   const ObjectHandle from_object = open_object(from.file, from.path);
   const ObjectHandle to_object = open_object(to.file, to.path);
-  for (const std::string& name : attributes_as_made(from_object.get(), from.path)) {
+  for (const std::string& name : attribute_names(from_object.get(), from.path, true)) {
     copy_attribute({from_object.get(), name, from.path + "@" + name},
                    {to_object.get(), name, to.path + "@" + name}, references);
   }

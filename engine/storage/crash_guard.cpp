@@ -1,11 +1,11 @@
 // The signal handler that ends a call, and the way back.
 #include "storage/crash_guard.h"
 
-#include <hdf5.h>
-
 #include <array>
 #include <csetjmp>
 #include <csignal>
+
+#include "storage/check.h"
 
 namespace kelvo {
 namespace {
@@ -34,6 +34,19 @@ class Handlers {
   std::array<struct sigaction, refusals.size()> before_{};
 };
 
+struct OpenCall {
+  hid_t (*open)(hid_t place, const char* name, hid_t access);
+  hid_t place;
+  const char* name;
+  hid_t access;
+  hid_t opened = H5I_INVALID_HID;
+};
+
+void run_open(void* arguments) {
+  OpenCall& call = *static_cast<OpenCall*>(arguments);
+  call.opened = call.open(call.place, call.name, call.access);
+}
+
 }  // namespace
 
 bool call_guarded(void (*call)(void* arguments), void* arguments) {
@@ -42,6 +55,15 @@ bool call_guarded(void (*call)(void* arguments), void* arguments) {
   if (sigsetjmp(way_back, 1) != 0) return false;
   call(arguments);
   return true;
+}
+
+hid_t open_guarded(hid_t (*open)(hid_t place, const char* name, hid_t access), hid_t place,
+                   const char* name, hid_t access) {
+  OpenCall call = {open, place, name, access};
+  if (call_guarded(run_open, &call)) return call.opened;
+  leave_error(StatementError(Status::hdf5_refused,
+                             quoted(name) + " is damaged: it says more than there is of it"));
+  return H5I_INVALID_HID;
 }
 
 void skip_work_at_exit() { H5dont_atexit(); }

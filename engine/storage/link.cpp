@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "storage/check.h"
+#include "storage/entries.h"
 #include "storage/object.h"
 
 namespace kelvo {
@@ -72,24 +73,14 @@ H5L_info_t link_info(hid_t file, const std::string& path) {
   return info;
 }
 
-struct NamesOfKind {
-  NameKind kind;
-  std::vector<std::string> names;
-};
-
-bool is_of_kind(hid_t group, const char* name, const H5L_info_t& link, NameKind kind) {
+bool is_of_kind(hid_t group, const Entry& link, NameKind kind) {
   if (link.type == H5L_TYPE_SOFT) return kind == NameKind::link;
   if (link.type != H5L_TYPE_HARD) return kind == NameKind::external_link;
   H5O_info_t info;
-  if (H5Oget_info_by_name2(group, name, &info, H5O_INFO_BASIC, H5P_DEFAULT) < 0) return false;
+  if (H5Oget_info_by_name2(group, link.name.c_str(), &info, H5O_INFO_BASIC, H5P_DEFAULT) < 0)
+    return false;
   return (info.type == H5O_TYPE_GROUP && kind == NameKind::group) ||
          (info.type == H5O_TYPE_DATASET && kind == NameKind::dataset);
-}
-
-herr_t keep_name(hid_t group, const char* name, const H5L_info_t* link, void* data) {
-  auto* found = static_cast<NamesOfKind*>(data);
-  if (is_of_kind(group, name, *link, found->kind)) found->names.emplace_back(name);
-  return 0;
 }
 
 struct SoughtObject {
@@ -155,10 +146,12 @@ void expect_creatable(hid_t file, const std::string& path, NameKind kind) {
 
 std::vector<std::string> names_of_kind(hid_t file, const std::string& group, NameKind kind) {
   const GroupHandle opened = open_group(file, group);
-  NamesOfKind found = {kind, {}};
-  check_done(H5Literate(opened.get(), H5_INDEX_NAME, H5_ITER_INC, nullptr, keep_name, &found),
+  std::vector<Entry> entries;
+  check_done(read_links(opened.get(), &entries),
              [&group] { return "Group " + quoted(group) + " cannot be read"; });
-  return found.names;
+  std::erase_if(entries,
+                [&](const Entry& entry) { return !is_of_kind(opened.get(), entry, kind); });
+  return names_of(std::move(entries));
 }
 
 std::string path_below(const std::string& path, const std::string& name) {

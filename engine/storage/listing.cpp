@@ -5,52 +5,16 @@
 #include <algorithm>
 #include <list>
 #include <map>
-#include <new>
 #include <optional>
 #include <unordered_set>
 
 #include "storage/check.h"
+#include "storage/entries.h"
 #include "storage/file.h"
 #include "storage/object.h"
 
 namespace kelvo {
 namespace {
-
-struct Entry {
-  std::string name;
-  H5L_type_t type = H5L_TYPE_HARD;
-  bool is_tracked = false;
-  std::int64_t order = 0;
-};
-
-// Exceptions must not pass through the HDF5 library: -1 stops the iteration.
-template <typename Info>
-herr_t add_entry(const char* name, H5L_type_t type, const Info* info, void* entries) noexcept {
-  try {
-    static_cast<std::vector<Entry>*>(entries)->push_back(
-        {name, type, info->corder_valid != 0, static_cast<std::int64_t>(info->corder)});
-    return 0;
-  } catch (const std::bad_alloc&) {
-    return -1;
-  }
-}
-
-herr_t add_link(hid_t /*group*/, const char* name, const H5L_info_t* info, void* entries) noexcept {
-  return add_entry(name, info->type, info, entries);
-}
-
-herr_t add_attribute(hid_t /*object*/, const char* name, const H5A_info_t* info,
-                     void* entries) noexcept {
-  return add_entry(name, H5L_TYPE_HARD, info, entries);
-}
-
-void sort_by_creation(std::vector<Entry>* entries) {
-  const bool tracked = std::all_of(entries->begin(), entries->end(),
-                                   [](const Entry& entry) { return entry.is_tracked; });
-  if (!tracked) return;
-  std::sort(entries->begin(), entries->end(),
-            [](const Entry& left, const Entry& right) { return left.order < right.order; });
-}
 
 // An object, the same under whatever name it is found.
 struct Identity {
@@ -196,9 +160,7 @@ class Walk {
     const hid_t from = group < 0 ? root_.get() : group;
     level.group = GroupHandle(check_id(H5Gopen2(from, name.c_str(), H5P_DEFAULT), what));
     level.file = file;
-    check_done(H5Literate(level.group.get(), H5_INDEX_NAME, H5_ITER_INC, nullptr, add_link,
-                          &level.entries),
-               what);
+    check_done(read_links(level.group.get(), &level.entries), what);
     if (request_.by_order) sort_by_creation(&level.entries);
     if (!prefix.empty()) prefix += '/';
     level.prefix = std::move(prefix);
@@ -317,13 +279,10 @@ std::vector<std::string> list_members(hid_t file, const std::string& group,
 
 std::vector<std::string> attribute_names(hid_t object, const std::string& path, bool by_order) {
   std::vector<Entry> entries;
-  check_done(H5Aiterate2(object, H5_INDEX_NAME, H5_ITER_INC, nullptr, add_attribute, &entries),
+  check_done(read_attributes(object, &entries),
              [&path] { return "Attributes of " + quoted(path) + " cannot be read"; });
   if (by_order) sort_by_creation(&entries);
-  std::vector<std::string> names;
-  names.reserve(entries.size());
-  for (Entry& entry : entries) names.push_back(std::move(entry.name));
-  return names;
+  return names_of(std::move(entries));
 }
 
 }  // namespace kelvo

@@ -6,6 +6,7 @@
 
 #include "storage/check.h"
 #include "storage/copy.h"
+#include "storage/entries.h"
 #include "storage/host.h"
 #include "storage/link.h"
 #include "storage/object.h"
@@ -41,23 +42,13 @@ PropertyHandle creation_of(hid_t file) {
   return list;
 }
 
-herr_t keep_name(hid_t /*group*/, const char* name, const H5L_info_t* /*link*/, void* names) {
-  static_cast<std::vector<std::string>*>(names)->emplace_back(name);
-  return 0;
-}
-
 // Names in the root group, in the order in which they were made, where that is known.
 std::vector<std::string> members_as_made(hid_t file) {
-  std::vector<std::string> names;
+  std::vector<Entry> entries;
   const GroupHandle opened(check_id(H5Gopen2(file, "/", H5P_DEFAULT), cannot_repack));
-  const PropertyHandle list(check_id(H5Gget_create_plist(opened.get()), cannot_repack));
-  unsigned order = 0;
-  check_done(H5Pget_link_creation_order(list.get(), &order), cannot_repack);
-  const H5_index_t index =
-      (order & H5P_CRT_ORDER_TRACKED) != 0 ? H5_INDEX_CRT_ORDER : H5_INDEX_NAME;
-  check_done(H5Literate(opened.get(), index, H5_ITER_INC, nullptr, keep_name, &names),
-             cannot_repack);
-  return names;
+  check_done(read_links(opened.get(), &entries), cannot_repack);
+  sort_by_creation(&entries);
+  return names_of(std::move(entries));
 }
 
 // A hard link to the root group would lead to the group that is moved, not to the new root.
