@@ -11,6 +11,7 @@ from dataclasses import dataclass
 from pathlib import Path
 
 TIMEOUT_SECONDS = 60
+FINDING = 99  # exit status of a sanitized program that a sanitizer ended
 ERROR_LINE = re.compile(r"(?P<message>.*) \((?:line (?P<line>\d+) at position (?P<position>\d+) - )?"
                         r"status (?P<status>-?\d+)\)\.")
 
@@ -30,6 +31,12 @@ class Kelvo:
     def __init__(self, folder):
         self.folder = Path(folder)
         self.program = Path(os.environ["KELVO_PROGRAM"])
+        # Where the HDF5 library looks for filters: by default nowhere, so that the machine's do not matter. None: where
+        # Debian puts them.
+        self.plugins = self.path("no plug-ins")
+        # For sanitized builds, where an allocation that is too large fails as libc's does. What the sanitizer has to say is
+        # no output of the program; only a finding ends it, with a status that the program has not.
+        self.sanitizer_options = {"allocator_may_return_null": 1, "exitcode": FINDING, "log_path": self.path("sanitizer")}
 
     def path(self, name):
         return self.folder / name
@@ -44,7 +51,7 @@ class Kelvo:
                                   stderr=subprocess.PIPE, timeout=TIMEOUT_SECONDS, **popen_options)
         script.unlink()
         assert finished.stderr == b""
-        assert finished.returncode in (0, 1), f"the program ended with {finished.returncode}"
+        assert finished.returncode in (0, 1), f"the program ended with {finished.returncode}\n{self.findings()}"
         return read_answer(finished.stdout, failed=finished.returncode == 1)
 
     def rows(self, *statements, **popen_options):
@@ -71,9 +78,16 @@ class Kelvo:
 
     def environment(self):
         """Nothing is inherited that could change what the program does."""
-        inherited = ("PATH", "HDF5_PLUGIN_PATH", "LD_PRELOAD", "ASAN_OPTIONS")
-        return {name: os.environ[name] for name in inherited if name in os.environ} | {
-            "HOME": str(self.folder), "LC_ALL": "C", "TERM": "dumb"}
+        inherited = ("PATH", "LD_PRELOAD")
+        environment = {name: os.environ[name] for name in inherited if name in os.environ} | {
+            "HOME": str(self.folder), "LC_ALL": "C", "TERM": "dumb",
+            "ASAN_OPTIONS": ":".join(f"{name}={value}" for name, value in self.sanitizer_options.items())}
+        if self.plugins is not None:
+            environment["HDF5_PLUGIN_PATH"] = str(self.plugins)
+        return environment
+    def findings(self):
+        """What a sanitizer wrote."""
+        return "\n".join(log.read_text() for log in self.folder.glob("sanitizer.*"))
 
 
 def last_line(output):
