@@ -19,8 +19,11 @@ ElementPlace open_place(const Target& target, Session& session) {
                     "Attribute " + quoted(target.shown()));
   }
   expect_dataset(target.file, target.path);
-  return place_of(open_for_reading(target.file, target.path, session.settings().chunk_cache),
-                  "Dataset " + quoted(target.path));
+  ElementPlace place =
+      place_of(open_for_reading(target.file, target.path, session.settings().chunk_cache),
+               "Dataset " + quoted(target.path));
+  place.threads = session.settings().threads;
+  return place;
 }
 
 }  // namespace kelvo

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "storage/check.h"
+#include "storage/chunk_reader.h"
 #include "storage/crash_guard.h"
 #include "storage/datatype.h"
 #include "storage/object.h"
@@ -200,6 +201,8 @@ ElementReader::ElementReader(const ElementPlace& place, Selection selection)
       selection_(std::move(selection)),
       walk_(selection_, most_elements(place, selection_)) {}
 
+ElementReader::~ElementReader() = default;
+
 bool ElementReader::next(ElementBlock& block) {
   block.release();
   if (!walk_.next()) return false;
@@ -208,6 +211,28 @@ bool ElementReader::next(ElementBlock& block) {
 }
 
 void ElementReader::read_dataset(ElementBlock& block) {
+  const Extent elements = walk_.elements();
+  block.bytes_.resize(byte_count(elements, place_.type.size));
+  if (!read_chunks(block.bytes_.data())) read_hyperslab(block.bytes_.data());
+  traffic_read().add(elements, place_.type.size);
+  block.count_ = static_cast<std::size_t>(elements);
+  if (place_.type.has_varying_parts()) block.varying_type_ = place_.memory_type.get();
+}
+
+// False where the HDF5 library has to read the block. Where chunks are damaged, it knows the
+// reason.
+bool ElementReader::read_chunks(std::byte* bytes) {
+  if (!is_begun_) {
+    is_begun_ = true;
+    chunks_ = ChunkReader::begin(place_, selection_, most_elements(place_, selection_));
+  }
+  if (chunks_ == nullptr) return false;
+  if (chunks_->read(walk_, bytes)) return true;
+  chunks_.reset();
+  return false;
+}
+
+void ElementReader::read_hyperslab(std::byte* bytes) {
   const auto what = [this] { return cannot_read(place_); };
   const DataspaceHandle file_space(check_id(H5Dget_space(place_.dataset.get()), what));
   if (!walk_.start().empty()) {
@@ -217,11 +242,7 @@ void ElementReader::read_dataset(ElementBlock& block) {
   }
   const hsize_t elements = walk_.elements();
   const DataspaceHandle memory_space(check_id(H5Screate_simple(1, &elements, nullptr), what));
-  block.bytes_.resize(byte_count(elements, place_.type.size));
-  read_elements(place_, memory_space.get(), file_space.get(), block.bytes_.data());
-  traffic_read().add(elements, place_.type.size);
-  block.count_ = static_cast<std::size_t>(elements);
-  if (place_.type.has_varying_parts()) block.varying_type_ = place_.memory_type.get();
+  read_elements(place_, memory_space.get(), file_space.get(), bytes);
 }
 
 // The selection is gathered from the whole attribute.

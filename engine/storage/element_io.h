@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,8 @@ struct ElementPlace {
   DatatypeHandle memory_type;
   Type type;
   Space space;
+  int threads =
+      0;  // that may decode its chunks, the caller's included; 0: the HDF5 library does it
 };
 
 ElementPlace place_of(DatasetHandle dataset, std::string name);
@@ -66,6 +69,8 @@ class ElementBlock {
       H5I_INVALID_HID;  // the reader's memory type, while varying parts are to be given back
 };
 
+class ChunkReader;
+
 /// Walks a selection in C order. `place` must outlive it, and it the blocks it fills where the type
 /// has varying parts.
 class ElementReader {
@@ -73,19 +78,23 @@ class ElementReader {
   ElementReader(const ElementPlace& place, Selection selection);
   ElementReader(const ElementReader&) = delete;
   ElementReader& operator=(const ElementReader&) = delete;
-  ~ElementReader() = default;
+  ~ElementReader();
 
   /// Replaces the block's content by the next elements; false when there are none left.
   bool next(ElementBlock& block);
 
  private:
   void read_dataset(ElementBlock& block);
+  bool read_chunks(std::byte* bytes);
+  void read_hyperslab(std::byte* bytes);
   void read_attribute(ElementBlock& block);
   void choose(ElementBlock& block);
 
   const ElementPlace& place_;
   Selection selection_;
   BlockWalk walk_;  // behind the selection that it refers to
+  bool is_begun_ = false;
+  std::unique_ptr<ChunkReader> chunks_;  // none where the HDF5 library reads the rest
 };
 
 /// Writes all elements of the selection; `bytes` holds them as place.type lays them out.
