@@ -24,6 +24,12 @@ with h5py.File('{data}/values.h5') as file:
     data = file['NAME']
     print(sum(int((data[start:start + 65536] > 1).sum()) for start in range(0, len(data), 65536)))
 """
+LARGEST = """
+import h5py
+with h5py.File('{data}/values.h5') as file:
+    data = file['NAME']
+    print(max(data[start:start + 65536].max() for start in range(0, len(data), 65536)))
+"""
 LOAD = """
 import h5py, numpy
 with h5py.File('peer.h5', 'w') as file:
@@ -94,6 +100,12 @@ JOBS = [
         "limit": limit("deflate"),
         "kelvocli": statement("SELECT COUNT(*) FROM /deflate IN {data}/values.h5 WHERE VALUE > 1"),
         "python blocks": python(COUNT, "deflate"),
+    }),
+    Job("read deflate", True, {
+        "limit": limit("deflate-largest"),
+        "kelvocli": statement("SELECT MAX(VALUE) FROM /deflate IN {data}/values.h5"),
+        "H5Dread": limit("deflate-library"),
+        "python blocks": python(LARGEST, "deflate"),
     }),
     Job("list objects", False, {
         "limit": limit("list", "{data}/tree.h5"),
