@@ -11,9 +11,11 @@
 #include "cli/script.h"
 #include "executor/interrupt.h"
 #include "executor/kelvo.h"
+#include "executor/row_output.h"
 
 int main(int argument_count, char** arguments) {
   interrupt_status = 0;
+  widen_output();
   StartupSettings settings = {};
   if (!read_options(argument_count, arguments, &settings)) return EXIT_FAILURE;
   if (settings.help_requested != 0) {

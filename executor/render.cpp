@@ -2,9 +2,11 @@
 // streams, and Ctrl-C stops it between two values.
 #include "executor/render.h"
 
+#include <bit>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <type_traits>
 
 #include "executor/interrupt.h"
@@ -13,10 +15,6 @@
 #include "help/markup.h"
 
 namespace {
-
-// A getter of the engine's, for the value of a row or for an element.
-template <typename Value>
-using Getter = const Value* (*)(kelvo_cursor*);
 
 bool interrupted() { return interrupt_status == 1; }
 
@@ -27,31 +25,31 @@ using Shown = std::conditional_t<
     std::conditional_t<sizeof(Value) == 8, Value,
                        std::conditional_t<std::is_signed_v<Value>, std::int32_t, std::uint32_t>>>;
 
-template <typename Value>
-void show_value(Getter<Value> get) {
-  add_number(static_cast<Shown<Value>>(*get(nullptr)));
+// The current value of a row or of an element, by the engine's getter for its type.
+template <auto get>
+auto current() {
+  const auto value = *get(nullptr);
+  return static_cast<Shown<std::remove_const_t<decltype(value)>>>(value);
 }
 
-template <typename Value>
-void show_scalar(Getter<Value> get) {
-  show_value(get);
-  add_byte('\n');
+template <auto get>
+void show_scalar() {
+  add_number(current<get>(), '\n');
 }
 
 // Which element is the last is told by counting down alone, so a count that does not agree with the
 // elements shows in the output. Unsigned, for a count of any sign to count down and wrap around
 // without harm.
-template <typename Value>
-void show_list(Getter<Value> get) {
+template <auto get>
+void show_list() {
   auto remaining = static_cast<std::uint32_t>(kelvo_subcursor_get_count(nullptr));
   while (kelvo_subcursor_next(nullptr) == 0) {
     if (remaining == 1) {
       // The flag is not looked at here: the row loop does so after the line's end.
-      show_value(get);
+      add_number(current<get>());
       continue;
     }
-    show_value(get);
-    add_byte(' ');
+    add_number(current<get>(), ' ');
     if (interrupted()) break;
     --remaining;
   }
@@ -70,52 +68,79 @@ void show_char() {
 
 void show_varchar() {
   const char* text = kelvo_cursor_get_char(nullptr);
-  if (text != nullptr) add_text(text, std::strlen(text));
-  add_byte('\n');
+  if (text == nullptr) return add_byte('\n');
+  add_text(text, std::strlen(text), '\n');
 }
 
-// Shows the current row. False when its type is not one that is shown, and nothing was printed.
-bool show_row(std::int32_t data_type) {
-  // One line a type, in the order of the codes.
-  // clang-format off
-  switch (data_type) {
-    case KELVO_TINYINT: show_scalar(kelvo_cursor_get_tinyint); return true;
-    case KELVO_UNSIGNED_TINYINT: show_scalar(kelvo_cursor_get_unsigned_tinyint); return true;
-    case KELVO_SMALLINT: show_scalar(kelvo_cursor_get_smallint); return true;
-    case KELVO_UNSIGNED_SMALLINT: show_scalar(kelvo_cursor_get_unsigned_smallint); return true;
-    case KELVO_INT: show_scalar(kelvo_cursor_get_int); return true;
-    case KELVO_UNSIGNED_INT: show_scalar(kelvo_cursor_get_unsigned_int); return true;
-    case KELVO_BIGINT: show_scalar(kelvo_cursor_get_bigint); return true;
-    case KELVO_UNSIGNED_BIGINT: show_scalar(kelvo_cursor_get_unsigned_bigint); return true;
-    case KELVO_FLOAT: show_scalar(kelvo_cursor_get_float); return true;
-    case KELVO_DOUBLE: show_scalar(kelvo_cursor_get_double); return true;
-    case KELVO_CHAR: show_char(); return true;
-    case KELVO_VARTINYINT: show_list(kelvo_subcursor_get_tinyint); return true;
-    case KELVO_UNSIGNED_VARTINYINT: show_list(kelvo_subcursor_get_unsigned_tinyint); return true;
-    case KELVO_VARSMALLINT: show_list(kelvo_subcursor_get_smallint); return true;
-    case KELVO_UNSIGNED_VARSMALLINT: show_list(kelvo_subcursor_get_unsigned_smallint); return true;
-    case KELVO_VARINT: show_list(kelvo_subcursor_get_int); return true;
-    case KELVO_UNSIGNED_VARINT: show_list(kelvo_subcursor_get_unsigned_int); return true;
-    case KELVO_VARBIGINT: show_list(kelvo_subcursor_get_bigint); return true;
-    case KELVO_UNSIGNED_VARBIGINT: show_list(kelvo_subcursor_get_unsigned_bigint); return true;
-    case KELVO_VARFLOAT: show_list(kelvo_subcursor_get_float); return true;
-    case KELVO_VARDOUBLE: show_list(kelvo_subcursor_get_double); return true;
-    case KELVO_VARCHAR: show_varchar(); return true;
-    case KELVO_OPAQUE: show_list(kelvo_subcursor_get_unsigned_tinyint); return true;
-    default: return false;
+enum class RunEnd { last_row, other_type, interrupted };
+
+// Shows the current row and those of the same type that follow it: rows of one type mostly stand
+// together, so that how to show them is looked up once and the loop holds nothing but that.
+// `*data_type` is that of the current row.
+template <void (*show_row)()>
+RunEnd show_run(std::int32_t* data_type) {
+  const std::int32_t shown = *data_type;
+  for (;;) {
+    show_row();
+    if (interrupted()) return RunEnd::interrupted;
+    if (kelvo_cursor_next(nullptr) != 0) return RunEnd::last_row;
+    const std::int32_t next = kelvo_cursor_get_data_type(nullptr);
+    if (next == shown) continue;
+    *data_type = next;
+    return RunEnd::other_type;
   }
-  // clang-format on
+}
+
+using RunDisplay = RunEnd (*)(std::int32_t* data_type);
+
+// In the order of the codes, each of which is a bit.
+constexpr RunDisplay run_displays[] = {
+    show_run<show_scalar<kelvo_cursor_get_tinyint>>,
+    show_run<show_scalar<kelvo_cursor_get_unsigned_tinyint>>,
+    show_run<show_scalar<kelvo_cursor_get_smallint>>,
+    show_run<show_scalar<kelvo_cursor_get_unsigned_smallint>>,
+    show_run<show_scalar<kelvo_cursor_get_int>>,
+    show_run<show_scalar<kelvo_cursor_get_unsigned_int>>,
+    show_run<show_scalar<kelvo_cursor_get_bigint>>,
+    show_run<show_scalar<kelvo_cursor_get_unsigned_bigint>>,
+    show_run<show_scalar<kelvo_cursor_get_float>>,
+    show_run<show_scalar<kelvo_cursor_get_double>>,
+    show_run<show_char>,
+    show_run<show_list<kelvo_subcursor_get_tinyint>>,
+    show_run<show_list<kelvo_subcursor_get_unsigned_tinyint>>,
+    show_run<show_list<kelvo_subcursor_get_smallint>>,
+    show_run<show_list<kelvo_subcursor_get_unsigned_smallint>>,
+    show_run<show_list<kelvo_subcursor_get_int>>,
+    show_run<show_list<kelvo_subcursor_get_unsigned_int>>,
+    show_run<show_list<kelvo_subcursor_get_bigint>>,
+    show_run<show_list<kelvo_subcursor_get_unsigned_bigint>>,
+    show_run<show_list<kelvo_subcursor_get_float>>,
+    show_run<show_list<kelvo_subcursor_get_double>>,
+    show_run<show_varchar>,
+    show_run<show_list<kelvo_subcursor_get_unsigned_tinyint>>,  // OPAQUE
+};
+static_assert(1 << (std::size(run_displays) - 1) == KELVO_OPAQUE);
+
+// Null for a type that is not shown.
+RunDisplay display_of(std::int32_t data_type) {
+  const auto code = static_cast<std::uint32_t>(data_type);
+  if (!std::has_single_bit(code) || code > KELVO_OPAQUE) return nullptr;
+  return run_displays[std::countr_zero(code)];
 }
 
 }  // namespace
 
 RenderOutcome render_result() {
-  while (kelvo_cursor_next(nullptr) == 0) {
-    if (!show_row(kelvo_cursor_get_data_type(nullptr))) {
+  if (kelvo_cursor_next(nullptr) != 0) return render_finished;
+  std::int32_t data_type = kelvo_cursor_get_data_type(nullptr);
+  for (RunEnd end = RunEnd::other_type; end != RunEnd::last_row;) {
+    const RunDisplay show = display_of(data_type);
+    if (show == nullptr) {
       std::puts("Error when showing result of the operation as the data type is unexpected.");
       return render_unexpected_type;
     }
-    if (interrupted()) {
+    end = show(&data_type);
+    if (end == RunEnd::interrupted) {
       print_text("<b>(Interrupted by the user)</b>\n");
       return render_interrupted;
     }
