@@ -26,7 +26,7 @@ int default_threads() noexcept {
   return static_cast<int>(std::clamp(processors, 1U, static_cast<unsigned>(most_threads)));
 }
 
-Session::Session() {
+Session::Session(Cursor& cursor) : result_(cursor) {
   skip_work_at_exit();
   take_over_locking();
   guard_reach(settings_.file_options, settings_.external_link_prefix);

@@ -47,7 +47,8 @@ struct Target {
 
 class Session {
  public:
-  Session();
+  /// `cursor` walks the results, and must outlive the session.
+  explicit Session(Cursor& cursor);
 
   /// Runs one statement and keeps its result; throws nothing but what leaves no way to report (see
   /// api.cpp).

@@ -54,10 +54,13 @@ char* write_up_to_sixteen(char* text, std::uint64_t value) {
   return write_eight(text, static_cast<std::uint32_t>(value % ten_to_8));
 }
 
-// The sign is always stored and only sometimes kept.
-char* write_sign(char* text, bool negative) {
-  *text = '-';
-  return text + (negative ? 1 : 0);
+// A negative number's size is made by arithmetic, for the compiler would make a branch of a choice:
+// signs in no order would be guessed wrong every other time.
+template <typename Unsigned>
+char* write_signed(char* text, Unsigned bits) {
+  const auto negative = static_cast<Unsigned>(bits >> (8 * sizeof bits - 1));
+  *text = '-';  // always stored, and only sometimes kept
+  return write_number(text + negative, static_cast<Unsigned>((bits ^ (0 - negative)) + negative));
 }
 
 #if defined(__SIZEOF_INT128__) && defined(__SSE2_MATH__)
@@ -117,8 +120,8 @@ char* write_real(char* text, double size) {
 }
 
 char* write_double(char* text, double value) {
-  text = write_sign(text, std::signbit(value));
-  return write_real(text, std::fabs(value));
+  *text = '-';
+  return write_real(text + (std::signbit(value) ? 1 : 0), std::fabs(value));
 }
 
 #else
@@ -139,8 +142,7 @@ char* write_number(char* text, std::uint32_t value) {
 }
 
 char* write_number(char* text, std::int32_t value) {
-  const auto bits = static_cast<std::uint32_t>(value);
-  return write_number(write_sign(text, value < 0), value < 0 ? 0 - bits : bits);
+  return write_signed(text, static_cast<std::uint32_t>(value));
 }
 
 char* write_number(char* text, std::uint64_t value) {
@@ -152,8 +154,7 @@ char* write_number(char* text, std::uint64_t value) {
 }
 
 char* write_number(char* text, std::int64_t value) {
-  const auto bits = static_cast<std::uint64_t>(value);
-  return write_number(write_sign(text, value < 0), value < 0 ? 0 - bits : bits);
+  return write_signed(text, static_cast<std::uint64_t>(value));
 }
 
 char* write_number(char* text, double value) { return write_double(text, value); }

@@ -10,34 +10,31 @@
 
 #include "executor/number_text.h"
 
-/// Where the stream's next byte goes, if that many are free in its buffer; else null. The room ends
-/// where the stream's own unlocked character output would flush; the program has one thread.
-inline char* stream_room(std::size_t bytes) {
+// What libc's own unlocked character output does when there is room; the program has one thread.
 #if defined(__GLIBC__)
-  // Signed: of an unbuffered or a terminal's stream, the end lies before the next byte.
-  char* next = stdout->_IO_write_ptr;
-  if (stdout->_IO_write_end - next >= static_cast<std::ptrdiff_t>(bytes)) return next;
+/// Whether that many bytes can be put where stream_next says.
+inline bool stream_has_room(std::size_t bytes) {
+  // Signed: in an unbuffered stream and a terminal's, the end lies before the next byte.
+  return stdout->_IO_write_end - stdout->_IO_write_ptr >= static_cast<std::ptrdiff_t>(bytes);
+}
+inline char* stream_next() { return stdout->_IO_write_ptr; }
+/// Counts what was put where stream_next said, up to `end`.
+inline void set_stream_next(char* end) { stdout->_IO_write_ptr = end; }
 #else
-  static_cast<void>(bytes);
+inline bool stream_has_room(std::size_t /*bytes*/) { return false; }
+inline char* stream_next() { return nullptr; }
+inline void set_stream_next(char* /*end*/) {}
 #endif
-  return nullptr;
-}
-
-/// Counts what was written where stream_room said, up to `end`.
-inline void fill_stream_room([[maybe_unused]] char* end) {
-#if defined(__GLIBC__)
-  stdout->_IO_write_ptr = end;
-#endif
-}
 
 inline void add_byte(char byte) { putc_unlocked(byte, stdout); }
 
 /// Puts the text and the byte behind it.
 inline void add_text(const char* text, std::size_t length, char behind) {
-  if (char* room = stream_room(length + 1)) {
+  if (stream_has_room(length + 1)) {
+    char* room = stream_next();
     std::memcpy(room, text, length);
     room[length] = behind;
-    return fill_stream_room(room + length + 1);
+    return set_stream_next(room + length + 1);
   }
   fwrite_unlocked(text, 1, length, stdout);
   add_byte(behind);
@@ -46,8 +43,7 @@ inline void add_text(const char* text, std::size_t length, char behind) {
 /// Puts the number's text.
 template <typename Number>
 void add_number(Number value) {
-  if (char* room = stream_room(number_text_room))
-    return fill_stream_room(write_number(room, value));
+  if (stream_has_room(number_text_room)) return set_stream_next(write_number(stream_next(), value));
   char text[number_text_room];
   fwrite_unlocked(text, 1, static_cast<std::size_t>(write_number(text, value) - text), stdout);
 }
@@ -55,10 +51,10 @@ void add_number(Number value) {
 /// Puts the number's text and the byte behind it, asking for room but once.
 template <typename Number>
 void add_number(Number value, char behind) {
-  if (char* room = stream_room(number_text_room + 1)) {
-    char* end = write_number(room, value);
+  if (stream_has_room(number_text_room + 1)) {
+    char* end = write_number(stream_next(), value);
     *end = behind;
-    return fill_stream_room(end + 1);
+    return set_stream_next(end + 1);
   }
   add_number(value);
   add_byte(behind);

@@ -9,14 +9,24 @@ std::size_t Block::row_count() const {
   return offsets.size();
 }
 
-void Block::restart(std::int32_t row_code, RowShape row_shape, std::size_t size) {
+void Block::describe(std::int32_t row_code, RowShape row_shape, std::size_t size) {
   code = row_code;
   shape = row_shape;
   value_size = size;
   line_length = 1;
   elements = 0;
-  values.clear();
   offsets.clear();
+}
+
+void Block::exchange(std::int32_t row_code, RowShape row_shape, std::size_t size,
+                     std::vector<std::byte>* bytes) {
+  describe(row_code, row_shape, size);
+  values.swap(*bytes);
+}
+
+void Block::restart(std::int32_t row_code, RowShape row_shape, std::size_t size) {
+  describe(row_code, row_shape, size);
+  values.clear();
   if (shape == RowShape::list) offsets.push_back(0);
 }
 

@@ -40,10 +40,18 @@ struct Block {
   /// Empties it and makes it hold rows of that kind; memory is kept for the next use.
   void restart(std::int32_t row_code, RowShape row_shape, std::size_t size);
 
+  /// Makes it hold scalar or line rows of those values. What it held goes into `bytes` with its
+  /// size: mostly that of what is read into it next, which need not be cleared first then.
+  void exchange(std::int32_t row_code, RowShape row_shape, std::size_t size,
+                std::vector<std::byte>* bytes);
+
   // For the shapes list and text; each appends one row.
   void append_text(std::string_view text);
   void append_null_text();
   void append_list(const std::byte* items, std::size_t count);
+
+ private:
+  void describe(std::int32_t row_code, RowShape row_shape, std::size_t size);
 };
 
 }  // namespace kelvo

@@ -1,6 +1,7 @@
-// Reading ahead, and walking rows and elements.
+// Reading ahead, and walking from block to block.
 #include "answers/result.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -9,8 +10,13 @@ namespace kelvo {
 void Result::start(std::unique_ptr<RowSource> source) {
   reset();
   source_ = std::move(source);
+  if (source_ == nullptr) return;
+  if (const std::optional<std::uint64_t> seen = source_->look_through(budget_bytes)) {
+    seen_ahead_ = *seen;
+    return;
+  }
   std::size_t bytes = 0;
-  while (source_ != nullptr && bytes < budget_bytes) {
+  while (bytes < budget_bytes) {
     Block block;
     if (!source_->next(block)) {
       source_.reset();
@@ -26,13 +32,13 @@ void Result::clear() {
   source_.reset();
   ahead_.clear();
   block_ = Block();
-  row_ = row_length_ = left_ = 0;
-  value_ = next_value_ = nullptr;
+  row_ = left_ = 0;
+  cursor_ = Cursor();
 }
 
 void Result::reset() {
   clear();
-  elements_ = 0;
+  elements_ = seen_ahead_ = 0;
   failure_.reset();
 }
 
@@ -53,9 +59,10 @@ bool Result::pull(Block& block) {
 
 // What reading throws here can no longer become the statement's status: it becomes the last row.
 bool Result::next_block() {
-  row_ = 0;
   try {
-    return pull(block_);
+    if (!pull(block_)) return false;
+    enter_block();
+    return true;
   } catch (const StatementError& error) {
     failure_ = error;
   } catch (const std::bad_alloc&) {
@@ -64,69 +71,98 @@ bool Result::next_block() {
   source_.reset();
   block_.restart(broken_code, RowShape::scalar, 1);
   block_.values.resize(1);
+  enter_block();
   return true;
+}
+
+void Result::enter_block() {
+  row_ = 0;
+  cursor_ = Cursor();
+  cursor_.code = block_.code;
+  cursor_.row_size = cursor_.element_size = block_.value_size;
+  if (block_.shape != RowShape::scalar) return;
+  cursor_.next_row = block_.values.data();
+  cursor_.rows_end = cursor_.next_row + block_.value_count() * block_.value_size;
 }
 
 bool Result::next_row() {
-  if (block_.shape == RowShape::line && !skip_line()) return false;
-  while (block_.shape == RowShape::line ? row_ >= block_.value_count()
-                                        : row_ >= block_.row_count()) {
-    if (!next_block()) {
-      clear();
-      return false;
-    }
-  }
-  return enter_row();
-}
-
-// A line's elements that were not visited are passed over, into the next block where it goes on
-// there.
-bool Result::skip_line() {
-  while (left_ > 0) {
-    if (!next_element() || block_.code == broken_code) break;
+  skip_line();
+  while (!enter_row()) {
+    if (next_block()) continue;
+    clear();
+    return false;
   }
   return true;
+}
+
+// A line's elements that are in later blocks are passed over where nobody visited them.
+void Result::skip_line() {
+  while (left_ > 0) enter_next_part();
 }
 
 bool Result::enter_row() {
-  const std::byte* begin = block_.values.data();
   switch (block_.shape) {
     case RowShape::scalar:
-      value_ = begin + row_++ * block_.value_size;
-      break;
+      return cursor_.step_to_row();
     case RowShape::line:
-      row_length_ = left_ = block_.line_length;
-      break;
+      return enter_line();
     case RowShape::list:
-      row_length_ = left_ = block_.offsets[row_ + 1] - block_.offsets[row_];
-      next_value_ = begin + block_.offsets[row_] * block_.value_size;
-      ++row_;
-      break;
-    case RowShape::text: {
-      const std::size_t offset = block_.offsets[row_++];
-      value_ = offset == Block::null_text ? nullptr : begin + offset;
-      break;
-    }
+      return enter_list();
+    case RowShape::text:
+      return enter_text();
   }
+  return false;
+}
+
+bool Result::enter_line() {
+  if (row_ == block_.value_count()) return false;
+  cursor_.element_count = left_ = block_.line_length;
+  enter_part();
   return true;
 }
 
-const char* Result::text() const { return reinterpret_cast<const char*>(value_); }
+// Goes on with the line in the next block. Where that could not be read the line ends, and the next
+// row says so.
+bool Result::enter_next_part() {
+  const std::size_t count = cursor_.element_count;
+  if (!next_block() || block_.shape != RowShape::line) {
+    left_ = 0;
+    return false;
+  }
+  cursor_.element_count = count;
+  enter_part();
+  return true;
+}
+
+// Gives the cursor what this block has of the elements left of the line.
+void Result::enter_part() {
+  const std::size_t count = std::min(left_, block_.value_count() - row_);
+  cursor_.next_element = block_.values.data() + row_ * block_.value_size;
+  cursor_.elements_end = cursor_.next_element + count * block_.value_size;
+  row_ += count;
+  left_ -= count;
+}
+
+bool Result::enter_list() {
+  if (row_ == block_.row_count()) return false;
+  const std::byte* begin = block_.values.data();
+  cursor_.next_element = begin + block_.offsets[row_] * block_.value_size;
+  cursor_.elements_end = begin + block_.offsets[row_ + 1] * block_.value_size;
+  cursor_.element_count = block_.offsets[row_ + 1] - block_.offsets[row_];
+  ++row_;
+  return true;
+}
+
+bool Result::enter_text() {
+  if (row_ == block_.offsets.size()) return false;
+  const std::size_t offset = block_.offsets[row_++];
+  cursor_.value = offset == Block::null_text ? nullptr : block_.values.data() + offset;
+  return true;
+}
 
 bool Result::next_element() {
-  if (left_ == 0) return false;
-  if (block_.shape == RowShape::line) {
-    if (row_ >= block_.value_count() && (!next_block() || block_.shape != RowShape::line)) {
-      // The rest could not be read: this row ends here, and the next one says so.
-      left_ = 0;
-      return false;
-    }
-    value_ = block_.values.data() + row_++ * block_.value_size;
-  } else {
-    value_ = next_value_;
-    next_value_ += block_.value_size;
-  }
-  --left_;
+  while (!cursor_.step_to_element())
+    if (left_ == 0 || !enter_next_part()) return false;
   return true;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,14 @@ class RowSource {
   /// Replaces the block's content by the next rows; false when there are none left. Throws
   /// StatementError when reading fails; it is not called again then.
   virtual bool next(Block& block) = 0;
+
+  /// Reads what the first rows are made of, up to that many bytes, and comes back to the beginning,
+  /// so that failures come before the first row is given: for a source that costs less to read
+  /// twice than to keep. Gives the number of elements seen, or nothing where the source is no such
+  /// one; nothing has been read then. Throws as next does.
+  virtual std::optional<std::uint64_t> look_through(std::size_t /*most_bytes*/) {
+    return std::nullopt;
+  }
 };
 
 /// A short answer made of rows that are ready: what SHOW gives.

@@ -84,14 +84,15 @@ bool ElementRows::next(Block& block) {
 void ElementRows::fill_numbers(const Elements& elements, Block& block) const {
   const Type& type = selected_.source->type();
   const bool lines = line_length_ > 0;
-  block.restart(lines ? list_code(type) : row_code(type), lines ? RowShape::line : RowShape::scalar,
-                type.size);
-  if (lines) block.line_length = line_length_;
+  const RowShape shape = lines ? RowShape::line : RowShape::scalar;
+  const std::int32_t code = lines ? list_code(type) : row_code(type);
   if (elements.movable != nullptr) {
-    elements.movable->swap(block.values);
+    block.exchange(code, shape, type.size, elements.movable);
   } else {
+    block.restart(code, shape, type.size);
     block.values.assign(elements.data, elements.data + elements.count * type.size);
   }
+  if (lines) block.line_length = line_length_;
   times_to_machine_order(type, block.values.data(), elements.count);
 }
 

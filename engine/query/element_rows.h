@@ -14,6 +14,9 @@ class ElementRows : public RowSource {
   explicit ElementRows(Selected selected);
 
   bool next(Block& block) override;
+  std::optional<std::uint64_t> look_through(std::size_t most_bytes) override {
+    return kelvo::look_through(*selected_.source, most_bytes);
+  }
 
  private:
   void fill_numbers(const Elements& elements, Block& block) const;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -37,7 +38,18 @@ class ElementSource {
   /// parts point to, are good until the next call. Throws StatementError; it is not called again
   /// then.
   virtual bool next(Elements& elements) = 0;
+
+  /// Whether the elements are copied from a file as they lie there, so that reading them again
+  /// costs less than keeping them.
+  [[nodiscard]] virtual bool is_plain() const { return false; }
+
+  /// Goes back to the first element. For plain sources only.
+  virtual void rewind() {}
 };
+
+/// Reads elements of a plain source up to that many bytes and rewinds it; how many there were.
+/// Nothing, and nothing is read, where the source is not plain.
+std::optional<std::uint64_t> look_through(ElementSource& source, std::size_t most_bytes);
 
 /// A query that has been checked and is ready to be read.
 struct Selected {

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "storage/plain_data.h"
+
 namespace kelvo {
 
 bool Projected::next(Elements& elements) {
@@ -25,6 +27,17 @@ bool Projected::next(Elements& elements) {
     return true;
   }
   return false;
+}
+
+bool Projected::is_plain() const {
+  return run_->projection->is_identity() && !run_->scan->is_choosy() &&
+         lies_plain(run_->scan->place());
+}
+
+void Limited::rewind() {
+  source_->rewind();
+  skip_ = offset_;
+  left_ = count_;
 }
 
 bool Limited::next(Elements& elements) {

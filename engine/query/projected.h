@@ -13,6 +13,8 @@ class Projected : public ElementSource {
 
   [[nodiscard]] const Type& type() const override { return run_->projection->type(); }
   bool next(Elements& elements) override;
+  [[nodiscard]] bool is_plain() const override;
+  void rewind() override { run_->scan->restart(); }
 
  private:
   QueryRunPointer run_;
@@ -23,13 +25,17 @@ class Projected : public ElementSource {
 class Limited : public ElementSource {
  public:
   Limited(std::unique_ptr<ElementSource> source, Extent offset, Extent count)
-      : source_(std::move(source)), skip_(offset), left_(count) {}
+      : source_(std::move(source)), offset_(offset), count_(count), skip_(offset), left_(count) {}
 
   [[nodiscard]] const Type& type() const override { return source_->type(); }
   bool next(Elements& elements) override;
+  [[nodiscard]] bool is_plain() const override { return source_->is_plain(); }
+  void rewind() override;
 
  private:
   std::unique_ptr<ElementSource> source_;
+  Extent offset_;
+  Extent count_;
   Extent skip_;
   Extent left_;
 };

@@ -11,6 +11,9 @@ class FormattedRows : public RowSource {
   FormattedRows(Selected selected, TextFormat format, bool header);
 
   bool next(Block& block) override;
+  std::optional<std::uint64_t> look_through(std::size_t most_bytes) override {
+    return kelvo::look_through(*selected_.source, most_bytes);
+  }
 
  private:
   Selected selected_;

@@ -262,12 +262,18 @@ hid_t register_driver() {
   return H5FDregister(&driver);
 }
 
+hid_t driver_id() {
+  static const hid_t driver = register_driver();
+  return driver;
+}
+
 }  // namespace
 
 void set_driver(hid_t access) {
-  static const hid_t driver = register_driver();
-  check_done(H5Pset_driver(access, driver, nullptr),
+  check_done(H5Pset_driver(access, driver_id(), nullptr),
              [] { return std::string("File access cannot be set up"); });
 }
+
+bool uses_driver(hid_t access) { return H5Pget_driver(access) == driver_id(); }
 
 }  // namespace kelvo

@@ -9,4 +9,7 @@ namespace kelvo {
 /// Makes `access` open files through this driver.
 void set_driver(hid_t access);
 
+/// Whether `access` opens files through it.
+bool uses_driver(hid_t access);
+
 }  // namespace kelvo

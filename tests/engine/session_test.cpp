@@ -9,24 +9,25 @@
 namespace kelvo {
 namespace {
 
-std::int32_t only_int(Session* session) {
+std::int32_t only_int(Session* session, const Cursor& cursor) {
   EXPECT_TRUE(session->result().next_row());
   std::int32_t value = 0;
-  std::memcpy(&value, session->result().value(), sizeof value);
+  std::memcpy(&value, cursor.value, sizeof value);
   EXPECT_FALSE(session->result().next_row());
   return value;
 }
 
 TEST(Session, ShowsTheStatusOfTheStatementBefore) {
-  Session session;
+  Cursor cursor;
+  Session session(cursor);
   EXPECT_EQ(Status::nothing_in_use, session.execute("SHOW GROUP"));
   EXPECT_EQ(Status::done, session.execute("SHOW EXECUTE STATUS"));
-  EXPECT_EQ(-2, only_int(&session));
+  EXPECT_EQ(-2, only_int(&session, cursor));
   EXPECT_EQ(Status::not_a_statement, session.execute("SHOW"));
   EXPECT_EQ(Status::done, session.execute("SHOW EXECUTE STATUS"));
-  EXPECT_EQ(-1, only_int(&session));
+  EXPECT_EQ(-1, only_int(&session, cursor));
   EXPECT_EQ(Status::done, session.execute("SHOW EXECUTE STATUS"));
-  EXPECT_EQ(0, only_int(&session));
+  EXPECT_EQ(0, only_int(&session, cursor));
 }
 
 TEST(Session, SaysThatTheDirectoryInUseIsGone) {
@@ -35,7 +36,8 @@ TEST(Session, SaysThatTheDirectoryInUseIsGone) {
   std::filesystem::create_directory(gone);
   std::filesystem::current_path(gone);
   std::filesystem::remove(gone);
-  Session session;
+  Cursor cursor;
+  Session session(cursor);
   EXPECT_EQ(Status::host_refused, session.execute("SHOW USE DIRECTORY"));
   EXPECT_EQ(
       "The directory in use cannot be read: No such file or directory (USE DIRECTORY puts "
@@ -46,7 +48,8 @@ TEST(Session, SaysThatTheDirectoryInUseIsGone) {
 }
 
 TEST(Session, FailedSettingChangesNothing) {
-  Session session;
+  Cursor cursor;
+  Session session(cursor);
   const int threads = session.settings().threads;
   EXPECT_EQ(Status::out_of_range, session.execute("SET CACHE SLOTS 7 PREEMPTION 2"));
   EXPECT_EQ(521U, session.settings().chunk_cache.slots);

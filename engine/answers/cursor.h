@@ -1,0 +1,42 @@
+// Where the walk over a result stands. Going to the next row or element is an addition as long as
+// the values lie side by side; the result takes care of everything else.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kelvo {
+
+struct Cursor {
+  std::int32_t code = 0;             // data-type code of the current row
+  const std::byte* value = nullptr;  // of the current row, or the current element of it
+
+  // Rows that hold one value each, up to the end of their block; of other rows none.
+  const std::byte* rows_end = nullptr;
+  const std::byte* next_row = nullptr;
+  std::size_t row_size = 0;
+
+  // Elements of the current row, as far as they lie side by side.
+  const std::byte* elements_end = nullptr;
+  const std::byte* next_element = nullptr;
+  std::size_t element_size = 0;
+  std::size_t element_count = 0;  // of the whole row
+
+  /// Goes to the next row; false where the result has to do it.
+  bool step_to_row() noexcept {
+    if (next_row == rows_end) return false;
+    value = next_row;
+    next_row += row_size;
+    return true;
+  }
+
+  /// Goes to the next element of the row; false where the result has to do it.
+  bool step_to_element() noexcept {
+    if (next_element == elements_end) return false;
+    value = next_element;
+    next_element += element_size;
+    return true;
+  }
+};
+
+}  // namespace kelvo

@@ -1,0 +1,15 @@
+// Reading for the sake of errors.
+#include "query/element_source.h"
+
+namespace kelvo {
+
+std::optional<std::uint64_t> look_through(ElementSource& source, std::size_t most_bytes) {
+  if (!source.is_plain()) return std::nullopt;
+  std::uint64_t seen = 0;
+  Elements elements;
+  while (seen * source.type().size < most_bytes && source.next(elements)) seen += elements.count;
+  source.rewind();
+  return seen;
+}
+
+}  // namespace kelvo
