@@ -1,56 +1,15 @@
 // Fields to values; plain numbers, of which files have most, without a detour.
 #include "import/field.h"
 
-#include <cfloat>
-#include <charconv>
 #include <cstdint>
-#include <cstring>
 
 #include "error.h"
+#include "import/plain_number.h"
 #include "language/literal.h"
 #include "language/parser.h"
 
 namespace kelvo {
 namespace {
-
-template <typename Number>
-const char* read_number(const char* begin, const char* end, std::byte* element) {
-  Number number{};
-  const auto result = std::from_chars(begin, end, number);
-  if (result.ec != std::errc()) return nullptr;
-  std::memcpy(element, &number, sizeof number);
-  return result.ptr;
-}
-
-bool is_digit(char byte) { return byte >= '0' && byte <= '9'; }
-
-// Most reals in files are a few digits around a point. Where the digits are an integer that a
-// double holds, and so is the power of ten below them, one division rounds as reading should: in
-// half the time that the general way takes. That needs a machine that rounds to double at once.
-const char* read_double(const char* begin, const char* end, std::byte* element) {
-  constexpr std::uint64_t exact = std::uint64_t{1} << 53U;
-  static constexpr double powers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                      1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
-  const char* at = begin + (begin < end && *begin == '-' ? 1 : 0);
-  const char* digits = at;
-  std::uint64_t mantissa = 0;
-  for (; at < end && is_digit(*at); ++at)
-    mantissa = 10 * mantissa + static_cast<unsigned>(*at - '0');
-  const char* point = at;
-  if (at < end && *at == '.') {
-    for (++at; at < end && is_digit(*at); ++at)
-      mantissa = 10 * mantissa + static_cast<unsigned>(*at - '0');
-  }
-  // 16 digits fit 64 bits; the point counts as one of them here.
-  const bool is_short = at - digits <= 17 && point > digits && mantissa <= exact;
-  const bool goes_on = at < end && (*at == 'e' || *at == 'E');
-  if (!is_short || goes_on || FLT_EVAL_METHOD != 0) return read_number<double>(begin, end, element);
-  const auto fraction = static_cast<std::size_t>(at > point ? at - point - 1 : 0);
-  const double size = static_cast<double>(mantissa) / powers[fraction];
-  const double number = *begin == '-' ? -size : size;
-  std::memcpy(element, &number, sizeof number);
-  return at;
-}
 
 Literal text_literal(std::string_view text) {
   Literal literal;
@@ -77,7 +36,7 @@ std::string shown(std::string_view text) {
 
 NumberReader number_reader(const Type& type) {
   if (!type.is_numeric() || type.kind == Kind::time || !type.is_full_width()) return nullptr;
-  if (type.kind == Kind::real) return type.size == 4 ? read_number<float> : read_double;
+  if (type.kind == Kind::real) return type.size == 4 ? read_number<float> : read_number<double>;
   const bool is_signed = type.is_signed && type.kind == Kind::integer;
   switch (type.size) {
     case 1:

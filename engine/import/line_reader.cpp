@@ -53,6 +53,17 @@ bool LineReader::next(std::string_view* line) {
   return true;
 }
 
+std::string_view LineReader::whole_lines() {
+  std::size_t searched = 0;
+  for (;;) {
+    const std::string_view text(buffer_.data() + begin_, end_ - begin_);
+    const std::size_t last = text.substr(searched).rfind('\n');
+    if (last != std::string_view::npos) return text.substr(0, searched + last + 1);
+    searched = text.size();
+    if (searched > longest_line || !fill()) return {};
+  }
+}
+
 void LineReader::fail_length() const {
   fail(line_number_ + 1, 0,
        StatementError(Status::out_of_range,

@@ -24,6 +24,17 @@ class LineReader {
   /// the file. Throws out_of_range for a line that is too long.
   bool next(std::string_view* line);
 
+  /// The whole lines that are in memory by now, with their ends, after reading more where there are
+  /// none: those that next would give. Good until the next call; empty at the end of the file,
+  /// where a line may lack its end, and where a line is long.
+  std::string_view whole_lines();
+
+  /// Takes the first of the whole lines for given, which have so many bytes with their ends.
+  void pass_lines(std::size_t bytes, std::uint64_t count) {
+    begin_ += bytes;
+    line_number_ += count;
+  }
+
   /// Whether the line given last ended with "\r\n".
   [[nodiscard]] bool had_return() const { return had_return_; }
 

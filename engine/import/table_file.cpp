@@ -8,6 +8,7 @@
 #include "error.h"
 #include "import/field.h"
 #include "import/line_reader.h"
+#include "import/number_lines.h"
 #include "import/record.h"
 
 namespace kelvo {
@@ -28,11 +29,6 @@ struct TableForm {
   bool nested_members;  // have columns of their own
 };
 
-const char* skip_blanks(const char* at, const char* end, char separator) {
-  while (at < end && (*at == ' ' || (*at == '\t' && separator != '\t'))) ++at;
-  return at;
-}
-
 class TableStream : public ElementStream {
  public:
   TableStream(const std::string& path, const Type& type, TableForm form, bool header)
@@ -48,11 +44,12 @@ class TableStream : public ElementStream {
     EncodedElements block(type);
     std::string_view line;
     read_first(block);
-    while (next_line(&line)) {
-      if (!add_numbers(line, block)) add_line(line, block);
-      if (block.count() < elements_per_block) continue;
-      take(block);
-      block.clear();
+    for (;;) {
+      add_number_lines(block, take);
+      if (!next_line(&line)) break;
+      cut(line);
+      add_record(block);
+      take_full(block, take);
     }
     take(block);
   }
@@ -82,8 +79,7 @@ class TableStream : public ElementStream {
       header_ = true;
     }
     width_ = is_compound_ ? columns_.size() : record_.fields.size();
-    readable_ = std::all_of(columns_.begin(), columns_.end(),
-                            [](const Column& column) { return column.read != nullptr; });
+    prepare_numbers(block.type());
     add_record(block);
   }
 
@@ -134,41 +130,36 @@ class TableStream : public ElementStream {
     form_.cut(lines_, line, &record_);
   }
 
-  void add_line(std::string_view line, EncodedElements& elements) {
-    cut(line);
-    add_record(elements);
+  static void take_full(EncodedElements& block, const Taker& take) {
+    if (block.count() < elements_per_block) return;
+    take(block);
+    block.clear();
   }
 
-  // A line of nothing but numbers, by the shortest way; false, and nothing is added, where it holds
-  // anything else.
-  bool add_numbers(std::string_view line, EncodedElements& elements) {
-    if (!readable_ || width_ == 0) return false;
-    const std::size_t count = is_compound_ ? 1 : width_;
-    std::byte* element = elements.append_room(count);
-    const std::size_t step = is_compound_ ? 0 : elements.type().size;
-    const char* at = line.data();
-    const char* end = at + line.size();
-    for (std::size_t i = 0; i < width_; ++i, element += step) {
-      const Column& column = columns_[is_compound_ ? i : 0];
-      at = column.read(skip_blanks(at, end, form_.separator), end, element + column.offset);
-      if (at == nullptr || !pass_separator(&at, end, i + 1 == width_)) {
-        elements.remove_last(count);
-        return false;
-      }
-    }
-    return true;
+  // Where all columns are of numbers that are just read.
+  void prepare_numbers(const Type& type) {
+    const bool readable = std::all_of(columns_.begin(), columns_.end(),
+                                      [](const Column& column) { return column.read != nullptr; });
+    if (!readable || width_ == 0) return;
+    line_.separator = form_.separator;
+    line_.elements = is_compound_ ? 1 : width_;
+    line_.element_bytes = type.size;
+    for (const Column& column : columns_) line_.fields.push_back({column.offset, column.read});
+    lines_at_once_ = std::max<std::size_t>(1, elements_per_block / line_.elements);
+    numbers_.resize(lines_at_once_ * line_.elements * type.size);
+    read_lines_ = lines_reader(line_);
   }
 
-  bool pass_separator(const char** at, const char* end, bool is_last) const {
-    const char* behind = skip_blanks(*at, end, form_.separator);
-    if (is_last) {
-      *at = behind;
-      return behind == end;
+  // Lines of nothing but numbers, up to one that holds anything else.
+  void add_number_lines(EncodedElements& block, const Taker& take) {
+    if (read_lines_ == nullptr) return;
+    for (std::string_view text = lines_.whole_lines(); !text.empty(); text = lines_.whole_lines()) {
+      const LinesRead read = read_lines_(line_, text, lines_at_once_, numbers_.data());
+      lines_.pass_lines(read.bytes, read.lines);
+      block.append_bytes(numbers_.data(), read.lines * line_.elements);
+      take_full(block, take);
+      if (read.lines < lines_at_once_ && read.bytes < text.size()) return;
     }
-    if (behind == end) return false;
-    if (form_.separator == ' ') return std::exchange(*at, behind) != behind;
-    *at = behind + 1;
-    return *behind == form_.separator;
   }
 
   void add_record(EncodedElements& elements) {
@@ -216,9 +207,12 @@ class TableStream : public ElementStream {
   bool header_;
   bool is_compound_;
   std::vector<Column> columns_;
-  bool readable_ = false;  // all columns are of numbers that are just read
   Record record_;
   std::size_t width_ = 0;
+  NumberLine line_;
+  LinesReader read_lines_ = nullptr;  // null where lines hold more than plain numbers
+  std::size_t lines_at_once_ = 0;
+  std::vector<std::byte> numbers_;  // of those lines
 };
 
 }  // namespace

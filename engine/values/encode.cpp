@@ -183,11 +183,6 @@ std::byte* EncodedElements::append_room(std::size_t count) {
   return bytes_.data() + begin;
 }
 
-void EncodedElements::remove_last(std::size_t count) {
-  bytes_.resize(bytes_.size() - count * type_->size);
-  count_ -= count;
-}
-
 void EncodedElements::clear() {
   bytes_.clear();
   count_ = 0;

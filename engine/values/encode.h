@@ -41,9 +41,6 @@ class EncodedElements {
   /// Appends elements of zeros and returns where they are, to be filled before the next append.
   std::byte* append_room(std::size_t count);
 
-  /// Takes the last elements away again.
-  void remove_last(std::size_t count);
-
   /// Forgets all elements and what their varying parts point to; memory for the elements is kept.
   void clear();
 
