@@ -43,7 +43,8 @@ Status Session::execute(const char* statement) {
   if (settings_.debug) log_.emplace(statement);
   try {
     Parser parser(statement);
-    result_.start(run_form(statement_families(), parser, *this));
+    // A line with a comment alone, as in scripts, is nothing to do.
+    if (!parser.at_end()) result_.start(run_form(statement_families(), parser, *this));
     end_writing();
   } catch (const StatementError& error) {
     fail(error);

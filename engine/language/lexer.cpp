@@ -55,7 +55,8 @@ class Scanner {
   Token scan(Mode mode) {
     skip_blanks_and_comment();
     token_.position = at_ + 1;
-    if (done() || (peek() == ';' && ends_after_semicolon())) {
+    // What may stand behind a ";" is the parser's to say.
+    if (done() || peek() == ';') {
       token_.kind = TokenKind::end;
     } else if (!scan_quoted()) {
       mode == Mode::words ? scan_word() : scan_expression_token();
@@ -74,18 +75,6 @@ class Scanner {
   void skip_blanks_and_comment() {
     while (!done() && is_blank(peek())) ++at_;
     if (peek() == '#' || (peek() == '-' && peek(1) == '-')) at_ = text_.size();
-  }
-
-  bool ends_after_semicolon() {
-    const Scanner after = [this] {
-      Scanner rest(text_, at_ + 1);
-      rest.skip_blanks_and_comment();
-      return rest;
-    }();
-    if (!after.done()) {
-      throw StatementError::at(after.at_ + 1, "Expected the end of the statement after \";\"");
-    }
-    return true;
   }
 
   bool scan_quoted() {

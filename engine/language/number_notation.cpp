@@ -158,8 +158,8 @@ Type parse_real(Parser& parser) {
 }  // namespace
 
 void parse_byte_order(Parser& parser, Type* type) {
-  if (parser.accept_keyword("LITTLE ENDIAN", Mode::expression)) type->order = ByteOrder::little;
-  if (parser.accept_keyword("BIG ENDIAN", Mode::expression)) type->order = ByteOrder::big;
+  if (parser.accept_clause("LITTLE ENDIAN", Mode::expression)) type->order = ByteOrder::little;
+  if (parser.accept_clause("BIG ENDIAN", Mode::expression)) type->order = ByteOrder::big;
 }
 
 std::size_t expect_type_size(Parser& parser, std::string_view what) {

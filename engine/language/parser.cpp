@@ -71,6 +71,12 @@ bool Parser::accept_keyword(std::string_view keywords, Mode mode) {
   return true;
 }
 
+bool Parser::accept_clause(std::string_view keywords, Mode mode) {
+  if (!accept_keyword(first_word(&keywords), mode)) return false;
+  if (!keywords.empty()) expect_keyword(keywords, mode);
+  return true;
+}
+
 bool Parser::accept_call(std::string_view name) {
   const std::size_t start = offset_;
   if (!accept_keyword(name, Mode::expression)) return false;
@@ -106,14 +112,30 @@ void Parser::expect_symbol(std::string_view symbol, Mode mode) {
 }
 
 void Parser::expect_end(Mode mode) {
-  if (peek(mode).kind != TokenKind::end) fail_expected("the end of the statement", mode);
+  if (!at_end(mode)) fail_expected("the end of the statement", mode);
+}
+
+bool Parser::at_end(Mode mode) {
+  const Token& token = peek(mode);
+  if (token.kind != TokenKind::end) return false;
+  if (token.position > statement_.size()) return true;
+  const Token behind = scan_token(statement_, token.position, Mode::words);
+  if (behind.position <= statement_.size()) {
+    throw StatementError::at(
+        behind.position,
+        "Expected the end of the statement behind \";\", found " +
+            (behind.kind == TokenKind::end ? "\";\"" : describe(behind, statement_)));
+  }
+  return true;
 }
 
 bool Parser::at_path() { return is_path(peek()); }
 
 std::string Parser::expect_path(std::string_view what) {
-  if (!at_path() || peek().text.empty()) fail_expected(what);
-  return take().text;
+  if (at_path() && !peek().text.empty()) return take().text;
+  // What most who come from other languages write first.
+  const bool is_string = peek().kind == TokenKind::string;
+  fail_expected(std::string(what) + (is_string ? " (names stand between double quotes)" : ""));
 }
 
 void Parser::attribute_rest(ObjectName* object) {

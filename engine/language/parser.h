@@ -46,6 +46,8 @@ class Parser {
   /// Consumes the keyword (in capitals) if it is next. `keywords` may be several, separated by one
   /// blank: all or none.
   bool accept_keyword(std::string_view keywords, Mode mode = Mode::words);
+  /// Consumes the keywords if the first one is next; the others must follow then.
+  bool accept_clause(std::string_view keywords, Mode mode = Mode::words);
   bool accept_symbol(std::string_view symbol, Mode mode = Mode::words);
   /// Consumes the name of a function (in capitals) and "(" if both are next in an expression.
   bool accept_call(std::string_view name);
@@ -57,6 +59,8 @@ class Parser {
   void expect_keyword(std::string_view keywords, Mode mode = Mode::words);
   void expect_symbol(std::string_view symbol, Mode mode = Mode::words);
   void expect_end(Mode mode = Mode::words);
+  /// Whether the statement ends here. Throws where something stands behind its ";".
+  bool at_end(Mode mode = Mode::words);
 
   /// A path word or a quoted name; `what` names it in the error, with its article: "a file".
   std::string expect_path(std::string_view what);

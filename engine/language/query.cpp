@@ -25,6 +25,15 @@ constexpr std::array<AggregateName, 7> aggregates = {{{"COUNT", Aggregate::count
                                                       {"STDDEV", Aggregate::deviation},
                                                       {"MEDIAN", Aggregate::median}}};
 
+std::string aggregate_names() {
+  std::string names;
+  for (const AggregateName& one : aggregates) {
+    if (!names.empty()) names += &one == &aggregates.back() ? " and " : ", ";
+    names += one.name;
+  }
+  return names;
+}
+
 std::string label_of(const Expression& expression) {
   switch (expression.operation) {
     case Operation::name:
@@ -83,6 +92,13 @@ void parse_items(Parser& parser, Query* query) {
   } while (parser.accept_symbol(",", Mode::expression));
 }
 
+// A function of another language reads as the name of a member and "(".
+void expect_from(Parser& parser) {
+  if (parser.peek(Mode::expression).is_symbol("("))
+    parser.fail_expected("FROM (the functions are " + aggregate_names() + ")", Mode::expression);
+  parser.expect_keyword("FROM", Mode::expression);
+}
+
 void parse_object(Parser& parser, Query* query) {
   query->object = parser.expect_object("a dataset or attribute");
   query->slice = parse_optional_slice(parser);
@@ -105,7 +121,7 @@ void parse_order(Parser& parser, Query* query) {
 Query parse_query(Parser& parser) {
   Query query;
   parse_items(parser, &query);
-  parser.expect_keyword("FROM", Mode::expression);
+  expect_from(parser);
   parse_object(parser, &query);
   if (parser.accept_keyword("WHERE", Mode::expression))
     query.condition = parse_condition(parser, NameForm::plain);

@@ -133,7 +133,7 @@ bool contradict(const Option& one, const Option& other) {
 
 const Option* next_option(Parser& parser) {
   for (const Option& option : options_table) {
-    if (parser.accept_keyword(option.keywords)) return &option;
+    if (parser.accept_clause(option.keywords)) return &option;
   }
   return nullptr;
 }

@@ -232,8 +232,8 @@ Type parse_type(Parser& parser) {
   if (parser.accept_keyword("ARRAY", mode)) return parse_array(parser);
   if (parser.accept_keyword("SEQUENCE", mode)) return parse_sequence(parser);
   if (parser.accept_keyword("REFERENCE", mode)) return reference(Kind::object_reference);
-  if (parser.accept_keyword("REGION REFERENCE", mode)) return reference(Kind::region_reference);
-  parser.fail_expected("a data type", mode);
+  if (parser.accept_clause("REGION REFERENCE", mode)) return reference(Kind::region_reference);
+  parser.fail_expected("a data type (HELP DATA TYPE lists them)", mode);
 }
 
 }  // namespace kelvo

@@ -23,9 +23,10 @@ bool is_word(const Expression& name, const char* word) {
 
 [[noreturn]] void refuse_name(const ElementPlace& place, const Expression& name) {
   const bool compound = place.type.kind == Kind::compound;
-  throw StatementError(Status::does_not_exist, place.name + " has no member " + quoted(name.text) +
-                                                   (compound ? " (SHOW MEMBER lists them)"
-                                                             : " (VALUE names its elements)"));
+  std::string hint = compound ? "SHOW MEMBER lists them" : "VALUE names its elements";
+  if (name.quoted) hint += "; a string stands between single quotes";
+  throw StatementError(Status::does_not_exist,
+                       place.name + " has no member " + quoted(name.text) + " (" + hint + ")");
 }
 
 void collect_names(const Expression& expression, std::vector<const Expression*>* names) {

@@ -70,10 +70,9 @@ Answer copy_group(Parser& parser, Session& session) {
 
 Answer copy_dataset(Parser& parser, Session& session) {
   const NamedWay names = parse_way(parser, "a dataset");
-  const bool anew = parser.peek().kind != TokenKind::end;
+  const bool anew = !parser.at_end();
   const StorageOptions options = parse_storage_options(parser);
-  if (parser.peek().kind != TokenKind::end)
-    parser.fail_expected("an option or the end of the statement");
+  if (!parser.at_end()) parser.fail_expected("an option or the end of the statement");
   const Way way = find_way(session, names.from, names.to);
   expect_dataset(way.from.file, way.from.path);
   const ObjectPlace from = {way.from.file, way.from.path};

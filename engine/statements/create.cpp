@@ -21,7 +21,12 @@
 namespace kelvo {
 namespace {
 
-bool accept_if_not_exists(Parser& parser) { return parser.accept_keyword("IF NOT EXISTS"); }
+// "IF" alone may be a name.
+bool accept_if_not_exists(Parser& parser) {
+  if (!parser.accept_keyword("IF NOT")) return false;
+  parser.expect_keyword("EXISTS");
+  return true;
+}
 
 // --- on the host ---
 
@@ -65,7 +70,7 @@ bool exists_already(const Target& target, NameKind kind, bool optional) {
 Answer create_group_statement(Parser& parser, Session& session) {
   const bool optional = accept_if_not_exists(parser);
   const ObjectName name = parse_object(parser, "a group");
-  const bool tracked = parser.accept_keyword("TRACK ORDER");
+  const bool tracked = parser.accept_clause("TRACK ORDER");
   parser.expect_end();
   const Target target = session.find(name, Access::write);
   if (exists_already(target, NameKind::group, optional)) return nullptr;
@@ -90,7 +95,7 @@ NewElements parse_new_elements(Parser& parser, bool is_dataset) {
   if (parser.accept_keyword("VALUES")) {
     made.values = parse_value_list(parser);
     parser.expect_end(Mode::expression);
-  } else if (parser.peek().kind != TokenKind::end) {
+  } else if (!parser.at_end()) {
     parser.fail_expected(is_dataset ? "an option, VALUES or the end of the statement"
                                     : "VALUES or the end of the statement");
   }

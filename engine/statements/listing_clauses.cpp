@@ -72,9 +72,9 @@ ListingClauses parse_listing_clauses(Parser& parser, ClauseSet set) {
     if (clause.needed == nullptr || set.*clause.needed) left.push_back(&clause);
   }
   ListingClauses clauses;
-  while (parser.peek().kind != TokenKind::end) {
+  while (!parser.at_end()) {
     const auto next = std::find_if(left.begin(), left.end(), [&parser](const Clause* clause) {
-      return parser.accept_keyword(clause->keywords);
+      return parser.accept_clause(clause->keywords);
     });
     if (next == left.end()) fail_no_clause(parser, left);
     const Clause* clause = *next;

@@ -18,7 +18,7 @@ Answer use_directory(Parser& parser, Session& /*session*/) {
 
 Answer use_file(Parser& parser, Session& session) {
   const std::string path = host_path(parser.expect_path("a file"));
-  const bool read_only = parser.accept_keyword("READ ONLY");
+  const bool read_only = parser.accept_clause("READ ONLY");
   parser.expect_end();
   session.use_file(path, read_only);
   return nullptr;

@@ -224,7 +224,7 @@ def test_dimensions_and_maxima(file):
     ("COMPACT LATE ALLOCATION", 33, "Expected no LATE ALLOCATION, which contradicts COMPACT"),
     ("EARLY ALLOCATION LATE ALLOCATION", 42, "Expected no LATE ALLOCATION, which contradicts EARLY ALLOCATION"),
     ("FILTER 1 (3) DEFLATE 4", 38, "Expected filter 1 only once"),
-    ("EARLY", 25, 'Expected an option, VALUES or the end of the statement, found "EARLY"'),
+    ("EARLY", 30, "Expected ALLOCATION, found the end of the statement"),
     ("VALUES (1) CHUNK [2]", 36, 'Expected the end of the statement, found "CHUNK"'),
     ("CHUNK []", 32, 'Expected a chunk\'s extent, found "]"'),
     ("FILL", 29, "Expected a value, found the end of the statement"),

@@ -179,7 +179,7 @@ def test_rows(file, rest, rows):
     ("foo FROM t", (-3, "Dataset \"/t\" has no member \"foo\" (SHOW MEMBER lists them)")),
     ("pos.z FROM t", (-3, "Dataset \"/t\" has no member \"pos.z\" (SHOW MEMBER lists them)")),
     ("foo FROM i", (-3, "Dataset \"/i\" has no member \"foo\" (VALUE names its elements)")),
-    ("* FROM i WHERE \"VALUE\" = 1", (-3, "Dataset \"/i\" has no member \"VALUE\" (VALUE names its elements)")),
+    ("* FROM i WHERE \"VALUE\" = 1", (-3, "Dataset \"/i\" has no member \"VALUE\" (VALUE names its elements; a string stands between single quotes)")),
     ("id FROM t WHERE name = 5", (-5, "\"name\" (CHAR(6) CHARSET ASCII) cannot be compared with 5")),
     ("id FROM t WHERE id = 'a'", (-5, "\"id\" (INT) cannot be compared with 'a'")),
     ("id FROM t WHERE v = 1", (-5, "\"v\" (ARRAY [2] OF SMALLINT) cannot be compared")),

@@ -185,7 +185,7 @@ def test_types_that_cannot_be_made(kelvo, text, status, message):
 
 
 @pytest.mark.parametrize("text, position, message", [
-    ("INTEGER", 18, 'Expected a data type, found "INTEGER"'),
+    ("INTEGER", 18, 'Expected a data type (HELP DATA TYPE lists them), found "INTEGER"'),
     ("UNSIGNED FLOAT", 27, 'Expected an integer type, found "FLOAT"'),
     ("CHAR", 22, 'Expected "(", found the end of the statement'),
     ("CHAR(x)", 23, 'Expected a number of bytes, found "x"'),

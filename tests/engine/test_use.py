@@ -86,7 +86,7 @@ def test_closing_puts_the_file_before_in_use(files):
     (["USE DIRECTORY a.h5"], (-5, '"{}/a.h5" is a file, not a directory')),
     (["USE DIRECTORY"], (-1, "Expected a directory, found the end of the statement", 14)),
     (["USE FILE nope.h5"], (-3, 'File "{}/nope.h5" does not exist')),
-    (["USE FILE a.h5 READ"], (-1, 'Expected the end of the statement, found "READ"', 15)),
+    (["USE FILE a.h5 READ"], (-1, "Expected ONLY, found the end of the statement", 19)),
     (["USE FILE"], (-1, "Expected a file, found the end of the statement", 9)),
     (["USE GROUP g"], (-2, "No file is in use (USE FILE opens one)")),
     (["USE FILE a.h5", "USE GROUP nope"], (-3, 'Group "/nope" does not exist')),
