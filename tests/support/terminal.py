@@ -39,6 +39,13 @@ class Terminal:
         assert echo == line
         return answer
 
+    def edit(self, keys, prompt=None):
+        """Types keys that edit a line, and enters it; what it prints, up to the next prompt. While it is edited the line may
+        be drawn again with its prompt, so only a prompt behind its end is the next one."""
+        self.type(keys + "\r")
+        self.until("\r\n")
+        return self.until(prompt or self.prompt)
+
     def wait_for_call(self, line):
         """Waits for a line of the engine's record."""
         deadline = time.monotonic() + TIMEOUT_SECONDS

@@ -16,8 +16,7 @@ def terminal(program):
 def recall(terminal, keys, prompt="/g>"):
     """The statement that runs when a line is fetched by these keys and entered."""
     before = len(terminal.statements())
-    terminal.type(keys + "\r")
-    terminal.until(prompt)
+    terminal.edit(keys, prompt)
     return terminal.statements()[before:]
 
 
@@ -67,8 +66,7 @@ def test_lines_of_blanks_are_held(terminal):
 def test_comment_lines_are_held(terminal):
     terminal.enter("first")
     terminal.enter("# comment")
-    terminal.type(UP + "\x01x\r")  # control-A: to the start of the line
-    terminal.until("/g>")
+    terminal.edit(UP + "\x01x")  # control-A: to the start of the line
     assert terminal.statements() == ["first", "x# comment"]
 
 
@@ -119,7 +117,6 @@ def test_history_is_not_kept_between_sessions(program, terminal):
     assert sorted(path.name for path in program.folder.iterdir()) == ["engine.calls", "engine.script"]
     again = Terminal(program, "--no-status")
     again.until("/g>")
-    again.type(UP + "x\r")
-    again.until("/g>")
+    again.edit(UP + "x")
     assert again.statements() == ["first", "x"]
     again.exit()

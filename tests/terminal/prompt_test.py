@@ -108,8 +108,7 @@ def test_tab_inserts_itself(start, program):
     program.write("completion", "")  # what completing file names would find
     terminal = start()
     terminal.until("/g>")
-    terminal.type("show\tcomp\t\r")
-    terminal.until("/g>")
+    terminal.edit("show\tcomp\t")
     assert terminal.statements() == ["show\tcomp\t"]
     terminal.exit()
 
@@ -117,11 +116,9 @@ def test_tab_inserts_itself(start, program):
 def test_tab_alone_inserts_itself(start):
     terminal = start()
     terminal.until("/g>")
-    terminal.type("\t\t\r")
-    terminal.until("/g>")
+    terminal.edit("\t\t")
     assert terminal.statements() == []  # a line of blanks, which execute skips
-    terminal.type("\t#\ta\r")
-    terminal.until("/g>")
+    terminal.edit("\t#\ta")
     assert terminal.statements() == []
     terminal.exit()
 
@@ -129,8 +126,7 @@ def test_tab_alone_inserts_itself(start):
 def test_line_can_be_edited(start):
     terminal = start()
     terminal.until("/g>")
-    terminal.type("shiw\x7f\x7fow\x01// \x05 !\r")  # backspace, control-A, control-E
-    terminal.until("/g>")
+    terminal.edit("shiw\x7f\x7fow\x01// \x05 !")  # backspace, control-A, control-E
     assert terminal.statements() == ["// show !"]
     terminal.exit()
 
