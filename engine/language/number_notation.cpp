@@ -49,8 +49,7 @@ void parse_bits_in_use(Parser& parser, Type* type) {
   const std::size_t all = 8 * type->file_size;
   const std::size_t precision = parse_number_clause(parser, "PRECISION").value_or(all);
   type->bit_offset = parse_number_clause(parser, "OFFSET").value_or(0);
-  const std::size_t least = type->is_signed ? 2 : 1;
-  if (precision < least || precision > 64 || precision + type->bit_offset > all) {
+  if (precision < 1 || precision > 64 || precision + type->bit_offset > all) {
     throw StatementError(Status::out_of_range, "An integer of " + std::to_string(type->file_size) +
                                                    " bytes cannot have " +
                                                    std::to_string(precision) + " bits at offset " +

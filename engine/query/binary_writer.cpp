@@ -56,6 +56,15 @@ std::string number_description(char letter, std::size_t size) {
   return std::string("'") + (size == 1 ? '|' : '<') + letter + std::to_string(size) + "'";
 }
 
+// Two reals called r and i, as complex numbers are kept in HDF5 files.
+bool is_complex(const Type& type) {
+  if (type.members.size() != 2) return false;
+  const Member& real = type.members[0];
+  const Member& imaginary = type.members[1];
+  return real.name == "r" && imaginary.name == "i" && real.type.kind == Kind::real &&
+         imaginary.type.kind == Kind::real && real.type.size == imaginary.type.size;
+}
+
 std::string compound_description(const Type& type);
 
 // NumPy's name of the type; of an array, that of its base.
@@ -73,7 +82,7 @@ std::string description(const Type& type) {
     case Kind::opaque:
       return "'|V" + std::to_string(type.size) + "'";
     case Kind::compound:
-      return compound_description(type);
+      return is_complex(type) ? number_description('c', type.size) : compound_description(type);
     case Kind::array:
       return description(type.base[0]);
     default:

@@ -103,6 +103,11 @@ void limit(const Query& query, Scan* scan, Selected* selected) {
   selected->source = std::make_unique<Limited>(std::move(selected->source), offset, count);
 }
 
+// An empty space has no elements, where a scalar one, without extents either, has one.
+std::vector<Extent> shape_of(const Scan& scan) {
+  return scan.place().space.is_null ? std::vector<Extent>{0} : scan.selection().shape;
+}
+
 QueryRunPointer make_run(Query query, FileHandle file, ElementPlace place, ReferenceNamer namer) {
   const Selection selection = resolve_slice(query.slice, place.space, place.name);
   narrow(query, &place);
@@ -140,7 +145,7 @@ Selected plan_query(Query query, FileHandle file, ElementPlace place, ReferenceN
   }
   run->projection = std::make_unique<Projection>(planned.items, scan, run->scope);
   if (planned.items.size() == 1 && !scan.is_choosy() && planned.order.empty())
-    selected.shape = scan.selection().shape;
+    selected.shape = shape_of(scan);
   if (planned.order.empty()) {
     selected.source = std::make_unique<Projected>(std::move(run));
   } else {

@@ -6,6 +6,7 @@
 #include "statements/listing_clauses.h"
 #include "statements/show.h"
 #include "storage/file.h"
+#include "storage/file_causes.h"
 #include "storage/host_listing.h"
 #include "storage/properties.h"
 
@@ -25,15 +26,15 @@ Answer show_host(Parser& parser, HostKind kind) {
 }
 
 // Only the host and the want of a file make an error: whatever else keeps it from opening is the
-// answer NO.
-bool opens(const std::string& path, const FileOptions& options) {
+// answer NO, but for the mark of a writer, which only an HDF5 file bears.
+bool is_valid(const std::string& path, const FileOptions& options) {
   try {
     open_file(path, Access::read, options);
     return true;
   } catch (const StatementError& error) {
     const Status status = error.status();
     if (status == Status::does_not_exist || status == Status::host_refused) throw;
-    return false;
+    return is_marked_open(error);
   }
 }
 
@@ -48,7 +49,7 @@ std::uint64_t bytes_of(const std::string& path, const FileOptions& options) {
 Answer show_file_validity(Parser& parser, Session& session) {
   const std::string path = host_path(parser.expect_path("a file"));
   parser.expect_end();
-  const bool valid = session.is_in_use(path) || opens(path, session.settings().file_options);
+  const bool valid = session.is_in_use(path) || is_valid(path, session.settings().file_options);
   return text_row(valid ? "YES" : "NO");
 }
 

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "storage/check.h"
+#include "storage/narrow_conversion.h"
 #include "values/bits.h"
 
 namespace kelvo {
@@ -376,6 +377,7 @@ DatatypeHandle memory_datatype(const Type& type, hid_t file_type) {
     case Kind::integer:
     case Kind::bit_field:
       check_width(type);
+      mend_narrow_conversion(type, file_type, native_number(type));
       return copy_of(native_number(type));
     case Kind::real:
       return copy_of(native_number(type));

@@ -144,8 +144,8 @@ bool is_hdf5_file(const std::string& path) {
   try {
     open_file(path, Access::read, {});
     return true;
-  } catch (const StatementError&) {
-    return false;
+  } catch (const StatementError& error) {
+    return is_marked_open(error);
   }
 }
 

@@ -44,7 +44,7 @@ FileHandle open_file(const std::string& path, Access access, const FileOptions& 
 /// new one is whole.
 void create_file(const std::string& path, bool replace, const FileOptions& options);
 
-/// Whether open_file can open it for reading. Throws nothing.
+/// Whether open_file can open it for reading, or only the mark of a writer keeps it from that.
 bool is_hdf5_file(const std::string& path);
 
 /// Of the file that an object (or the file itself) is in: its real path or address, and what it is

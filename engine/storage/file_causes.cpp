@@ -69,10 +69,12 @@ struct Cause {
   std::string_view why;
 };
 
+constexpr std::string_view marked_open =
+    "is still open for writing, or was left open by a program that crashed (wait for its writer, "
+    "or clear the mark with h5clear -s)";
+
 constexpr std::array<Cause, 6> causes = {{
-    {"already open for write", Status::hdf5_refused,
-     "is still open for writing, or was left open by a program that crashed (wait for its writer, "
-     "or clear the mark with h5clear -s)"},
+    {"already open for write", Status::hdf5_refused, marked_open},
     {"already open for read-only", Status::hdf5_refused,
      "is open for reading in this program; close it there first"},
     {"bad superblock version", Status::not_available,
@@ -159,6 +161,10 @@ void fail_open(const std::string& path, const std::string& first) {
     refuse(cause.status, path, why);
   }
   refuse(Status::hdf5_refused, path, "cannot be opened: " + reason);
+}
+
+bool is_marked_open(const StatementError& error) {
+  return std::string_view(error.what()).ends_with(marked_open);
 }
 
 void fail_locked(const std::string& path) {

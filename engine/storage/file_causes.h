@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "error.h"
 #include "storage/file.h"
 
 namespace kelvo {
@@ -15,6 +16,9 @@ void check_host_file(const std::string& path, Access access);
 /// an open that failed. `path` as messages show it, `first` a host file whose first bytes tell
 /// more, or "".
 [[noreturn]] void fail_open(const std::string& path, const std::string& first);
+
+/// Whether the error is fail_open's for a whole HDF5 file that only its mark keeps from opening.
+bool is_marked_open(const StatementError& error);
 
 /// Throws that another program holds a lock on the file.
 [[noreturn]] void fail_locked(const std::string& path);

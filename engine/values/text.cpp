@@ -117,7 +117,9 @@ std::string_view without_padding(const Type& type, const std::byte* element) {
       length = whole.find_last_not_of('\0') + 1;
       break;
     case Padding::space_padded:
+      // Behind the blanks there are nulls where a program left the string, or its end, unwritten.
       length = whole.find_last_not_of(' ') + 1;
+      length = whole.substr(0, length).find_last_not_of('\0') + 1;
       break;
   }
   return whole.substr(0, length);

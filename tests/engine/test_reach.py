@@ -521,7 +521,8 @@ def stranger(kelvo, home):
     ("r", ('Dataset "/r"', "/etc/passwd"))])
 @pytest.mark.parametrize("statement", [
     "SELECT COUNT(*) FROM {}", "SELECT * FROM {} INTO x.csv", "SELECT VALUE FROM {} WHERE VALUE > 0",
-    "INSERT INTO x IN home/mine.h5 SELECT * FROM {}", "COPY DATASET {} TO n", "COPY DATASET {} TO n DEFLATE 1", "SHOW DIMENSION {}"])
+    "INSERT INTO x IN home/mine.h5 SELECT * FROM {}", "COPY DATASET {} TO n", "COPY DATASET {} TO n DEFLATE 1",
+    "SHOW DIMENSION {}"])
 def test_no_statement_reads_out_of_reach(kelvo, stranger, statement, item, refused):
     what, target = refused
     assert kelvo.error(*stranger, statement.format(item)) == outside(what, kelvo.path(target))

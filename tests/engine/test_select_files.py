@@ -143,6 +143,29 @@ def test_npy_files_of_items_bear_their_names(file):
     assert (back["id"][0], back["name"][0]) == (2, b"c")
 
 
+@pytest.mark.parametrize("dtype", ["<c8", ">c16"])
+def test_npy_files_of_complex_numbers(kelvo, dtype):
+    values = np.array([[1 + 2j, 0.5], [-1j, 1e30]], dtype)
+    pairs = np.zeros(2, [("z", dtype), ("n", "i4")])
+    pairs["z"] = values[0]
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made["x"], made["pairs"] = values, pairs
+    kelvo.rows("SELECT * FROM x IN a.h5 INTO x.npy", "SELECT * FROM pairs IN a.h5 INTO pairs.npy")
+    back = np.load(kelvo.path("x.npy"))
+    assert back.dtype == values.dtype.newbyteorder("<")
+    assert np.array_equal(back, values)
+    assert np.array_equal(np.load(kelvo.path("pairs.npy")), pairs.astype([("z", back.dtype), ("n", "<i4")]))
+
+
+def test_npy_files_of_empty_spaces(kelvo):
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made["x"], made.attrs["x"] = h5py.Empty("<f4"), h5py.Empty("S3")
+    kelvo.rows("SELECT * FROM x IN a.h5 INTO x.npy", "SELECT * FROM /@x IN a.h5 INTO attribute.npy")
+    for name, dtype in (("x", "<f4"), ("attribute", "S3")):
+        back = np.load(kelvo.path(f"{name}.npy"))
+        assert (back.shape, back.dtype) == ((0,), dtype)
+
+
 def test_npy_files_count_what_was_selected(file):
     select(file, "VALUE FROM cube WHERE VALUE > 20 ORDER BY VALUE DESC LIMIT 2 INTO w.npy")
     assert np.load(file.path("w.npy")).tolist() == [23.0, 22.0]

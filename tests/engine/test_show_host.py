@@ -57,6 +57,14 @@ def test_validity(kelvo):
     assert kelvo.rows("USE FILE good.h5", "SHOW FILE VALIDITY good.h5") == ["YES"]
 
 
+def test_file_that_is_being_written_is_valid(kelvo):
+    with h5py.File(kelvo.path("a.h5"), "w", libver="latest") as file:
+        file["x"] = 1
+        file.flush()
+        assert kelvo.row("SHOW FILE VALIDITY a.h5") == "YES"
+        assert kelvo.rows("CREATE FILE IF NOT EXISTS a.h5") == []
+
+
 def test_file_size(kelvo):
     with h5py.File(kelvo.path("a.h5"), "w", userblock_size=512) as file:
         file["x"] = range(100)

@@ -74,6 +74,7 @@ TYPES = {
     "INT SIZE 3": integer(h5t.STD_I32LE, 3),
     "UNSIGNED INT SIZE 3 BIG ENDIAN": integer(h5t.STD_U32BE, 3),
     "BIGINT SIZE 5": integer(h5t.STD_I64LE, 5),
+    "SMALLINT PRECISION 1": integer(h5t.STD_I16LE, None, 1),
     "SMALLINT PRECISION 12 OFFSET 2": integer(h5t.STD_I16LE, None, 12, 2),
     "UNSIGNED SMALLINT PRECISION 12 BIG ENDIAN": integer(h5t.STD_U16BE, None, 12),
     "BIGINT SIZE 16 PRECISION 40 OFFSET 8": integer(h5t.STD_I64LE, 16, 40, 8),

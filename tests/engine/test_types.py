@@ -60,6 +60,37 @@ def test_integers_of_odd_widths(kelvo, size, order, signed):
     assert raw_file(kelvo, type_id, data, len(values)) == [str(value) for value in values]
 
 
+def narrow(size, order, precision, offset, signed):
+    type_id = (h5t.STD_I64LE if signed else h5t.STD_U64LE).copy()
+    type_id.set_order(h5t.ORDER_LE if order == "little" else h5t.ORDER_BE)
+    type_id.set_precision(precision)
+    type_id.set_offset(offset)
+    type_id.set_size(size)
+    return type_id
+
+
+@pytest.mark.parametrize("signed", [True, False])
+@pytest.mark.parametrize("order", ["little", "big"])
+@pytest.mark.parametrize("size, precision, offset", [
+    (1, 5, 0), (1, 1, 0), (1, 4, 3), (2, 13, 0), (2, 12, 2), (3, 20, 0), (4, 29, 0), (4, 1, 5), (8, 61, 0), (8, 60, 4)])
+def test_integers_that_use_some_of_their_bits(kelvo, size, precision, offset, order, signed):
+    """Alone, and within compounds and sequences, where the HDF5 library converts them by other ways."""
+    low, high = (-(2 ** (precision - 1)), 2 ** (precision - 1) - 1) if signed else (0, 2 ** precision - 1)
+    values = [low, high, 0, high // 3, low // 2]
+    data = [((value % 2 ** precision) << offset).to_bytes(size, order) for value in values]
+    number = narrow(size, order, precision, offset, signed)
+    pair = h5t.create(h5t.COMPOUND, size + 1)
+    pair.insert(b"n", 0, number)
+    pair.insert(b"m", size, h5t.STD_I8LE)
+    with h5py.File(kelvo.path("raw.h5"), "w") as file:
+        write_raw(file, "x", number, b"".join(data), len(values))
+        write_raw(file, "pair", pair, b"".join(one + b"\7" for one in data), len(values))
+        write_raw(file, "list", h5t.array_create(number, (len(values),)), b"".join(data))
+    assert kelvo.rows("USE FILE raw.h5", "SELECT * FROM x") == [str(value) for value in values]
+    assert kelvo.rows("USE FILE raw.h5", "SELECT * FROM pair") == [f"{{n: {value}, m: 7}}" for value in values]
+    assert kelvo.rows("USE FILE raw.h5", "SELECT * FROM list") == [" ".join(map(str, values))]
+
+
 @pytest.mark.parametrize("order", ["little", "big"])
 def test_integers_of_12_bits_in_the_middle_of_16(kelvo, order):
     values = [0, 1, -1, 2047, -2048]
