@@ -176,9 +176,9 @@ void count_in_chunks(const char* path) {
       *to += more;
     };
   };
-  require(bench::decode_in_two_threads(dataset.id, dataset.length, count_into(&found[0]),
-                                       count_into(&found[1])));
-  out.put_line(found[0] + found[1]);
+  require(bench::decode_in_two_threads(dataset.id, dataset.length, count_into(&found.front()),
+                                       count_into(&found.back())));
+  out.put_line(found.front() + found.back());
 }
 
 void find_largest_in_chunks(const char* path) {
@@ -189,9 +189,9 @@ void find_largest_in_chunks(const char* path) {
     return
         [best](const double* values, hsize_t count) { *best = largest_of(values, count, *best); };
   };
-  require(bench::decode_in_two_threads(dataset.id, dataset.length, keep_in(&largest[0]),
-                                       keep_in(&largest[1])));
-  out.put_line(std::max(largest[0], largest[1]));
+  require(bench::decode_in_two_threads(dataset.id, dataset.length, keep_in(&largest.front()),
+                                       keep_in(&largest.back())));
+  out.put_line(std::max(largest.front(), largest.back()));
 }
 
 void find_largest(const char* path, const char* name) {

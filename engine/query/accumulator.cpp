@@ -10,6 +10,7 @@
 
 #include "error.h"
 #include "query/projection.h"
+#include "query/wide.h"
 #include "values/bits.h"
 
 namespace kelvo {
@@ -21,6 +22,33 @@ constexpr std::size_t lane_count = 8;
 
 template <typename Value>
 using Lanes = std::array<Value, lane_count>;
+
+template <typename Value, bool least>
+[[gnu::always_inline]] inline Value better(Value one, Value other) {
+  if constexpr (least) return one < other ? one : other;
+  return one > other ? one : other;
+}
+
+// Goes on from `best`, passing over NAN.
+template <typename Value, bool least>
+[[gnu::always_inline]] inline void find_extreme(const Value* numbers, std::size_t count,
+                                                Value* best) {
+  Lanes<Value> lanes;
+  lanes.fill(*best);
+  const std::size_t whole = count - count % lane_count;
+  for (std::size_t i = 0; i < whole; i += lane_count) {
+    for (std::size_t lane = 0; lane < lane_count; ++lane)
+      lanes[lane] = better<Value, least>(numbers[i + lane], lanes[lane]);
+  }
+  for (std::size_t i = whole; i < count; ++i) lanes[0] = better<Value, least>(numbers[i], lanes[0]);
+  for (const Value one : lanes) *best = better<Value, least>(one, *best);
+}
+
+[[gnu::always_inline]] inline void find_nan(const double* numbers, std::size_t count, bool* found) {
+  std::uint64_t nans = 0;
+  for (std::size_t i = 0; i < count; ++i) nans |= std::isnan(numbers[i]) ? 1U : 0U;
+  *found = *found || nans != 0;
+}
 
 class Counter : public Accumulator {
  public:
@@ -50,16 +78,8 @@ class Extreme : public Accumulator {
     if (count == 0) return;
     if (!found_) best_ = numbers[0];
     found_ = true;
-    Lanes<Value> lanes;
-    lanes.fill(best_);
-    const std::size_t whole = count - count % lane_count;
-    for (std::size_t i = 0; i < whole; i += lane_count) {
-      for (std::size_t lane = 0; lane < lane_count; ++lane)
-        lanes[lane] = better(numbers[i + lane], lanes[lane]);
-    }
-    for (std::size_t i = whole; i < count; ++i) lanes[0] = better(numbers[i], lanes[0]);
-    for (const Value one : lanes) best_ = better(one, best_);
-    if constexpr (std::is_same_v<Value, double>) note_nan(numbers, count);
+    find_(numbers, count, &best_);
+    if constexpr (std::is_same_v<Value, double>) find_nan_(numbers, count, &is_nan_);
   }
 
   void store(std::byte* result) const override {
@@ -79,37 +99,45 @@ class Extreme : public Accumulator {
   }
 
  private:
-  static Value better(Value one, Value other) {
-    if constexpr (least) return one < other ? one : other;
-    return one > other ? one : other;
-  }
-
-  // Comparisons pass over NAN, so it is looked for by itself.
-  void note_nan(const Value* numbers, std::size_t count) {
-    unsigned found = 0;
-    for (std::size_t i = 0; i < count; ++i) found |= static_cast<unsigned>(std::isnan(numbers[i]));
-    is_nan_ = is_nan_ || found != 0;
-  }
-
   std::string label_;
+  void (*find_)(const Value* numbers, std::size_t count,
+                Value* best) = quickest<find_extreme<Value, least>>();
+  void (*find_nan_)(const double* numbers, std::size_t count, bool* found) = quickest<find_nan>();
   Value best_{};
   bool found_ = false;
   bool is_nan_ = false;
 };
+
+// The halves of a batch's integers, added up: a batch is too short to overflow them. Negative ones
+// count 2^64 too much, so that no shift has to mind signs, which costs vectors more.
+struct HalfSums {
+  std::uint64_t low = 0;
+  std::uint64_t high = 0;
+  std::uint64_t negative = 0;
+};
+
+template <typename Integer>
+[[gnu::always_inline]] inline void add_halves(const Integer* numbers, std::size_t count,
+                                              HalfSums* sums) {
+  HalfSums local;
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto bits = static_cast<std::uint64_t>(numbers[i]);
+    local.low += bits & 0xffffffffU;
+    local.high += bits >> 32U;
+    if constexpr (std::is_signed_v<Integer>) local.negative += bits >> 63U;
+  }
+  *sums = local;
+}
 
 // The exact sum of integers: high * 2^32 + low.
 template <typename Integer>
 class ExactSum {
  public:
   void add(const Integer* numbers, std::size_t count) {
-    std::uint64_t low = 0;  // a batch is too short to overflow it
-    Integer high = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-      low += static_cast<std::uint64_t>(numbers[i]) & 0xffffffffU;
-      high += numbers[i] >> 32;
-    }
-    low_ += low;
-    high_ += high + static_cast<Integer>(low_ >> 32U);
+    HalfSums sums;
+    add_(numbers, count, &sums);
+    low_ += sums.low;
+    high_ += static_cast<Integer>(sums.high - (sums.negative << 32U) + (low_ >> 32U));
     low_ &= 0xffffffffU;
   }
 
@@ -129,41 +157,62 @@ class ExactSum {
  private:
   Integer high_ = 0;
   std::uint64_t low_ = 0;
+  void (*add_)(const Integer* numbers, std::size_t count,
+               HalfSums* sums) = quickest<add_halves<Integer>>();
 };
 
-// A sum of reals whose rounding errors are added up beside it. They are calculated without asking
-// which term is larger, so that lanes can do it side by side.
+// Calculates the rounding error without asking which term is larger, so that lanes can do it side
+// by side.
+[[gnu::always_inline]] inline void add_real(double number, double* sum, double* error) {
+  const double total = *sum + number;
+  const double added = total - *sum;
+  *error += (*sum - (total - added)) + (number - added);
+  *sum = total;
+}
+
+[[gnu::always_inline]] inline void add_reals(const double* numbers, std::size_t count, double* sums,
+                                             double* errors) {
+  // Of its own, since the compiler keeps only these in registers.
+  std::array<double, lane_count> sum;    // NOLINT(cppcoreguidelines-pro-type-member-init)
+  std::array<double, lane_count> error;  // NOLINT(cppcoreguidelines-pro-type-member-init)
+  for (std::size_t lane = 0; lane < lane_count; ++lane) {
+    sum[lane] = sums[lane];
+    error[lane] = errors[lane];
+  }
+  const std::size_t whole = count - count % lane_count;
+  for (std::size_t i = 0; i < whole; i += lane_count) {
+    for (std::size_t lane = 0; lane < lane_count; ++lane)
+      add_real(numbers[i + lane], &sum[lane], &error[lane]);
+  }
+  for (std::size_t lane = 0; lane < lane_count; ++lane) {
+    sums[lane] = sum[lane];
+    errors[lane] = error[lane];
+  }
+  for (std::size_t i = whole; i < count; ++i) add_real(numbers[i], sums, errors);
+}
+
+// A sum of reals whose rounding errors are added up beside it.
 template <>
 class ExactSum<double> {
  public:
   void add(const double* numbers, std::size_t count) {
-    const std::size_t whole = count - count % lane_count;
-    for (std::size_t i = 0; i < whole; i += lane_count) {
-      for (std::size_t lane = 0; lane < lane_count; ++lane)
-        add_one(numbers[i + lane], &sums_[lane], &errors_[lane]);
-    }
-    for (std::size_t i = whole; i < count; ++i) add_one(numbers[i], sums_.data(), errors_.data());
+    add_(numbers, count, sums_.data(), errors_.data());
   }
 
   [[nodiscard]] double real() const {
     double sum = 0;
     double error = 0;
-    for (const double lane : sums_) add_one(lane, &sum, &error);
+    for (const double lane : sums_) add_real(lane, &sum, &error);
     for (const double lane : errors_) error += lane;
     // Once the sum is infinite or NAN, the errors mean nothing.
     return std::isfinite(sum) ? sum + error : sum;
   }
 
  private:
-  static void add_one(double number, double* sum, double* error) {
-    const double total = *sum + number;
-    const double added = total - *sum;
-    *error += (*sum - (total - added)) + (number - added);
-    *sum = total;
-  }
-
   Lanes<double> sums_{};
   Lanes<double> errors_{};
+  void (*add_)(const double* numbers, std::size_t count, double* sums,
+               double* errors) = quickest<add_reals>();
 };
 
 template <typename Value>

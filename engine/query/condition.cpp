@@ -35,7 +35,7 @@ class Comparing : public Condition {
   void evaluate(const Batch& batch, const Mask* active, Mask* out) override {
     const void* left = left_->evaluate(batch, active);
     kernel_(left, right_->evaluate(batch, active), batch.count, out);
-    for (std::size_t i = 0; i < batch.count; ++i) out[i] &= active[i];
+    if (active != all_active()) keep_true(active, batch.count, out);
   }
 
  private:
@@ -52,17 +52,19 @@ class Chain : public Condition {
       : parts_(std::move(parts)), conjunction_(conjunction) {}
 
   void evaluate(const Batch& batch, const Mask* active, Mask* out) override {
+    const std::size_t count = batch.count;
     parts_[0]->evaluate(batch, active, out);
     for (std::size_t part = 1; part < parts_.size(); ++part) {
-      Mask open = 0;
-      for (std::size_t i = 0; i < batch.count; ++i) {
-        open_[i] = conjunction_ ? out[i] : static_cast<Mask>(active[i] & (out[i] ^ 1U));
-        open |= open_[i];
-      }
-      if (open == 0) return;
+      std::memcpy(open_.data(), conjunction_ ? out : active, count);
+      if (!conjunction_) take_true(out, count, open_.data());
+      if (!any_true(open_.data(), count)) return;
       parts_[part]->evaluate(batch, open_.data(), result_.data());
-      for (std::size_t i = 0; i < batch.count; ++i)
-        out[i] = conjunction_ ? result_[i] : static_cast<Mask>(out[i] | result_[i]);
+      // What is open in a disjunction is false up to now.
+      if (conjunction_) {
+        std::memcpy(out, result_.data(), count);
+      } else {
+        add_true(result_.data(), count, out);
+      }
     }
   }
 
@@ -78,12 +80,14 @@ class Negation : public Condition {
   explicit Negation(ConditionPointer operand) : operand_(std::move(operand)) {}
 
   void evaluate(const Batch& batch, const Mask* active, Mask* out) override {
-    operand_->evaluate(batch, active, out);
-    for (std::size_t i = 0; i < batch.count; ++i) out[i] = active[i] & (out[i] ^ 1U);
+    operand_->evaluate(batch, active, result_.data());
+    std::memcpy(out, active, batch.count);
+    take_true(result_.data(), batch.count, out);
   }
 
  private:
   ConditionPointer operand_;
+  MaskColumn result_;
 };
 
 class Matching : public Condition {
@@ -108,13 +112,15 @@ class IsNan : public Condition {
   explicit IsNan(OperandPointer real) : real_(std::move(real)) {}
 
   void evaluate(const Batch& batch, const Mask* active, Mask* out) override {
-    const auto* reals = static_cast<const double*>(real_->evaluate(batch, active));
-    for (std::size_t i = 0; i < batch.count; ++i)
-      out[i] = active[i] & static_cast<Mask>(std::isnan(reals[i]));
+    // A NAN alone differs from itself.
+    const void* reals = real_->evaluate(batch, active);
+    unequal_(reals, reals, batch.count, out);
+    keep_true(active, batch.count, out);
   }
 
  private:
   OperandPointer real_;
+  CompareKernel unequal_ = compare_kernel(Comparison::not_equal, Domain::real, Domain::real);
 };
 
 // IN with constants of the operand's own domain.

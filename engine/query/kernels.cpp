@@ -1,12 +1,16 @@
 // Comparing and calculating, one instance of a loop for each combination of domains.
 #include "query/kernels.h"
 
+#include <algorithm>
 #include <cmath>
 #include <compare>
 #include <concepts>
+#include <cstring>
 #include <string_view>
 #include <type_traits>
 #include <utility>
+
+#include "query/wide.h"
 
 namespace kelvo {
 namespace {
@@ -83,7 +87,8 @@ bool compare(const Left& left, const Right& right) {
 }
 
 template <Comparison comparison, typename Left, typename Right>
-void compare_columns(const void* left, const void* right, std::size_t count, Mask* out) {
+[[gnu::always_inline]] inline void compare_columns(const void* left, const void* right,
+                                                   std::size_t count, Mask* __restrict out) {
   const auto* lefts = static_cast<const Left*>(left);
   const auto* rights = static_cast<const Right*>(right);
   for (std::size_t i = 0; i < count; ++i)
@@ -94,17 +99,17 @@ template <typename Left, typename Right>
 CompareKernel kernel_of(Comparison comparison) {
   switch (comparison) {
     case Comparison::equal:
-      return compare_columns<Comparison::equal, Left, Right>;
+      return quickest<compare_columns<Comparison::equal, Left, Right>>();
     case Comparison::not_equal:
-      return compare_columns<Comparison::not_equal, Left, Right>;
+      return quickest<compare_columns<Comparison::not_equal, Left, Right>>();
     case Comparison::less:
-      return compare_columns<Comparison::less, Left, Right>;
+      return quickest<compare_columns<Comparison::less, Left, Right>>();
     case Comparison::less_equal:
-      return compare_columns<Comparison::less_equal, Left, Right>;
+      return quickest<compare_columns<Comparison::less_equal, Left, Right>>();
     case Comparison::greater:
-      return compare_columns<Comparison::greater, Left, Right>;
+      return quickest<compare_columns<Comparison::greater, Left, Right>>();
     case Comparison::greater_equal:
-      return compare_columns<Comparison::greater_equal, Left, Right>;
+      return quickest<compare_columns<Comparison::greater_equal, Left, Right>>();
   }
   return nullptr;
 }
@@ -252,10 +257,50 @@ ArithmeticKernel arithmetic_kernel(Arithmetic arithmetic, Domain left, Domain ri
                       : arithmetic_of<std::uint64_t, std::uint64_t>(arithmetic);
 }
 
+namespace {
+
+constexpr std::size_t word_size = sizeof(std::uint64_t);
+
+// Eight values of a mask, each in a byte of its own.
+std::uint64_t word_at(const Mask* mask) {
+  std::uint64_t word = 0;
+  std::memcpy(&word, mask, word_size);
+  return word;
+}
+
+}  // namespace
+
 std::size_t count_true(const Mask* mask, std::size_t count) {
+  // As many words as their bytes can be added without an overflow into the next byte.
+  constexpr std::size_t most = 255 * word_size;
   std::size_t found = 0;
-  for (std::size_t i = 0; i < count; ++i) found += mask[i];
+  std::size_t i = 0;
+  while (count - i >= word_size) {
+    const std::size_t end = i + std::min(most, (count - i) / word_size * word_size);
+    std::uint64_t sums = 0;
+    for (; i < end; i += word_size) sums += word_at(mask + i);
+    for (; sums != 0; sums >>= 8U) found += sums & 0xffU;
+  }
+  for (; i < count; ++i) found += mask[i];
   return found;
+}
+
+bool any_true(const Mask* mask, std::size_t count) {
+  Mask found = 0;
+  for (std::size_t i = 0; i < count; ++i) found |= mask[i];
+  return found != 0;
+}
+
+void keep_true(const Mask* __restrict other, std::size_t count, Mask* __restrict mask) {
+  for (std::size_t i = 0; i < count; ++i) mask[i] &= other[i];
+}
+
+void add_true(const Mask* __restrict other, std::size_t count, Mask* __restrict mask) {
+  for (std::size_t i = 0; i < count; ++i) mask[i] |= other[i];
+}
+
+void take_true(const Mask* __restrict other, std::size_t count, Mask* __restrict mask) {
+  for (std::size_t i = 0; i < count; ++i) mask[i] &= other[i] ^ 1U;
 }
 
 }  // namespace kelvo

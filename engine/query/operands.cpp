@@ -10,6 +10,7 @@
 #include <unordered_map>
 
 #include "error.h"
+#include "query/wide.h"
 #include "values/bits.h"
 
 namespace kelvo {
@@ -41,7 +42,8 @@ class Constant : public Operand {
 // The two loops are one, but only with the distance known to the compiler does it vectorise.
 // NOLINTBEGIN(bugprone-signed-char-misuse): a TINYINT is a number, not a character.
 template <typename From, typename To>
-void load_column(const std::byte* from, std::size_t stride, std::size_t count, void* out) {
+[[gnu::always_inline]] inline void load_column(const std::byte* from, std::size_t stride,
+                                               std::size_t count, void* __restrict out) {
   auto* values = static_cast<To*>(out);
   From value;
   if (stride == sizeof(From)) {
@@ -63,17 +65,17 @@ using Loader = void (*)(const std::byte* from, std::size_t stride, std::size_t c
 Loader integer_loader(std::size_t size, bool is_signed) {
   switch (size) {
     case 1:
-      return is_signed ? load_column<std::int8_t, std::int64_t>
-                       : load_column<std::uint8_t, std::int64_t>;
+      return is_signed ? quickest<load_column<std::int8_t, std::int64_t>>()
+                       : quickest<load_column<std::uint8_t, std::int64_t>>();
     case 2:
-      return is_signed ? load_column<std::int16_t, std::int64_t>
-                       : load_column<std::uint16_t, std::int64_t>;
+      return is_signed ? quickest<load_column<std::int16_t, std::int64_t>>()
+                       : quickest<load_column<std::uint16_t, std::int64_t>>();
     case 4:
-      return is_signed ? load_column<std::int32_t, std::int64_t>
-                       : load_column<std::uint32_t, std::int64_t>;
+      return is_signed ? quickest<load_column<std::int32_t, std::int64_t>>()
+                       : quickest<load_column<std::uint32_t, std::int64_t>>();
     default:
-      return is_signed ? load_column<std::int64_t, std::int64_t>
-                       : load_column<std::uint64_t, std::uint64_t>;
+      return is_signed ? quickest<load_column<std::int64_t, std::int64_t>>()
+                       : quickest<load_column<std::uint64_t, std::uint64_t>>();
   }
 }
 
@@ -262,7 +264,8 @@ OperandPointer field_operand(const Field& field, const ReferenceNamer& namer) {
   switch (field.type->kind) {
     case Kind::real:
       return std::make_unique<NumberField<double>>(
-          field, field.type->size == 4 ? load_column<float, double> : load_column<double, double>);
+          field, field.type->size == 4 ? quickest<load_column<float, double>>()
+                                       : quickest<load_column<double, double>>());
     case Kind::text:
     case Kind::varying_text:
     case Kind::opaque:

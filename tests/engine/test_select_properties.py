@@ -2,6 +2,7 @@
 
 import h5py
 import numpy as np
+import pytest
 from hypothesis import HealthCheck, given, settings
 from hypothesis import strategies as st
 from hypothesis.extra import numpy as npst
@@ -31,6 +32,7 @@ def slices(draw, rank):
 
 
 LITERALS = st.sampled_from(["0", "1", "2.5", "-1", "127", "255", "9223372036854775807", "18446744073709551615", "1e18"])
+COMPARISONS = {"=": np.equal, "<>": np.not_equal, "<": np.less, "<=": np.less_equal, ">": np.greater, ">=": np.greater_equal}
 OPERATORS = ["=", "<>", "<", "<=", ">", ">="]
 
 
@@ -98,6 +100,35 @@ def test_aggregates(kelvo, values):
     fits = -2**63 <= total < 2**63 if values.dtype.kind == "i" else total < 2**64
     answer = kelvo.run("USE FILE a.h5", "SELECT SUM(VALUE) FROM x")
     assert answer.rows == [str(total)] if fits else answer.status == -6
+
+
+@pytest.mark.parametrize("dtype", DTYPES)
+@pytest.mark.parametrize("count", [1023, 1024, 5003])
+def test_columns_of_many_batches(kelvo, dtype, count):
+    """Loops over columns take many values at once, and what is left at the end one by one."""
+    random = np.random.default_rng(count)
+    kind = np.dtype(dtype)
+    values = random.integers(-100 if kind.kind in "if" else 0, 100, count).astype(dtype)
+    if kind.kind in "iu":
+        values[::50], values[7::50] = np.iinfo(kind).min, np.iinfo(kind).max
+    else:
+        values[::50], values[7::50], values[11::50] = -np.inf, np.inf, np.nan
+    write(kelvo, values)
+    conditions = {f"VALUE {operator} 1": comparison(values, 1) for operator, comparison in COMPARISONS.items()}
+    conditions |= {"VALUE > 1 AND VALUE < 50": (values > 1) & (values < 50), "VALUE < 1 OR VALUE > 50": (values < 1) | (values > 50),
+                   "NOT VALUE BETWEEN 3 AND 60": ~((values >= 3) & (values <= 60)),
+                   "VALUE IN (1, 2, 3)": np.isin(values, [1, 2, 3]), "VALUE IS NAN": values != values}
+    counts = kelvo.rows("USE FILE a.h5", *(f"SELECT COUNT(*) FROM x WHERE {text}" for text in conditions))
+    assert counts == [str(np.count_nonzero(chosen)) for chosen in conditions.values()]
+    check_extremes(kelvo, "", values)
+    finite = values[(values > -90) & (values < 90)]
+    check_extremes(kelvo, "WHERE VALUE > -90 AND VALUE < 90", finite)
+    assert float(kelvo.row("USE FILE a.h5", "SELECT SUM(VALUE) FROM x WHERE VALUE > -90 AND VALUE < 90")) == sum(finite.tolist())
+
+
+def check_extremes(kelvo, clause, values):
+    row = kelvo.row("USE FILE a.h5", f"SELECT MIN(VALUE), MAX(VALUE) FROM x {clause} FORMAT TSV")
+    assert np.array_equal(numbers(row.split("\t"), values.dtype), [values.min(), values.max()], equal_nan=values.dtype.kind == "f")
 
 
 @SETTINGS
