@@ -202,8 +202,8 @@ def test_reading_does_not_lock(kelvo, simple):
                           stdin=subprocess.PIPE, stdout=subprocess.PIPE) as session:
         session.stdin.write(b"USE FILE simple.h5\nSELECT * FROM numbers\nCREATE GROUP g\nSHOW GROUP\n")
         session.stdin.flush()
-        # The last statement's row says that the ones before are done.
-        while session.stdout.readline().rstrip(b"\n").split()[-1:] != [b"g"]:
+        # The last statement's row says that the ones before are done. What is typed is repeated behind a prompt.
+        while session.stdout.readline() != b"g\n":
             pass
         descriptor = os.open(simple, os.O_RDWR)
         fcntl.flock(descriptor, fcntl.LOCK_EX | fcntl.LOCK_NB)
