@@ -65,7 +65,9 @@ std::size_t line_length(const Selected& selected) {
 }
 
 ElementRows::ElementRows(Selected selected)
-    : selected_(std::move(selected)), line_length_(line_length(selected_)) {}
+    : selected_(std::move(selected)),
+      line_length_(line_length(selected_)),
+      form_(selected_.source->type(), selected_.several_items) {}
 
 bool ElementRows::next(Block& block) {
   Elements elements;
@@ -110,20 +112,8 @@ void ElementRows::fill_row(Block& block, const std::byte* element) {
     text.data() == nullptr ? block.append_null_text() : block.append_text(text);
   } else {
     text_.clear();
-    if (selected_.several_items) {
-      append_columns(element);
-    } else {
-      append_plain(type, element, selected_.namer, &text_);
-    }
+    form_.append(element, selected_.namer, &text_);
     block.append_text(text_);
-  }
-}
-
-// Several items are one row of text, with a tab between them.
-void ElementRows::append_columns(const std::byte* element) {
-  for (const Member& member : selected_.source->type().members) {
-    if (member.offset > 0) text_ += '\t';
-    append_plain(member.type, element + member.offset, selected_.namer, &text_);
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "answers/row_source.h"
 #include "query/element_source.h"
+#include "values/text_form.h"
 
 namespace kelvo {
 
@@ -21,11 +22,11 @@ class ElementRows : public RowSource {
  private:
   void fill_numbers(const Elements& elements, Block& block) const;
   void fill_row(Block& block, const std::byte* element);
-  void append_columns(const std::byte* element);
 
   Selected selected_;
   // Elements of a row, where rows are lines of the last dimension; else 0.
   std::size_t line_length_;
+  TextForm form_;  // several items are one row of text, with a tab between them
   std::string text_;
 };
 

@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "values/bits.h"
+#include "values/text_walk.h"
 
 namespace kelvo {
 namespace {
@@ -21,12 +22,28 @@ T load(const std::byte* element) {
 }
 
 template <typename T>
-void append_shortest(T value, std::string* text) {
+char* write_shortest(T value, char* text) {
   // The sign of a NAN is no part of its value.
   if constexpr (std::is_floating_point_v<T>) value = std::isnan(value) ? std::fabs(value) : value;
-  std::array<char, 32> digits{};
-  const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value);
-  text->append(digits.data(), result.ptr);
+  return std::to_chars(text, text + number_room, value).ptr;
+}
+
+template <typename T>
+void append_shortest(T value, std::string* text) {
+  std::array<char, number_room> digits{};
+  text->append(digits.data(), write_shortest(value, digits.data()));
+}
+
+template <typename T>
+char* write_number(const std::byte* element, char* text) {
+  return write_shortest(load<T>(element), text);
+}
+
+template <typename Small, typename Short, typename Word, typename Long>
+NumberWriter integer_writer(std::size_t size) {
+  if (size == sizeof(Small)) return write_number<Small>;
+  if (size == sizeof(Short)) return write_number<Short>;
+  return size == sizeof(Word) ? write_number<Word> : write_number<Long>;
 }
 
 void append_hex(unsigned char byte, std::string* text) {
@@ -56,17 +73,6 @@ void append_opaque(const Type& type, const std::byte* element, std::string* text
   *text += '\'';
 }
 
-void append_compound(const Type& type, const std::byte* element, const ReferenceNamer& namer,
-                     std::string* text) {
-  *text += '{';
-  for (const Member& member : type.members) {
-    if (&member != type.members.data()) *text += ", ";
-    *text += written_name(member.name) + ": ";
-    append_nested(member.type, element + member.offset, namer, text);
-  }
-  *text += '}';
-}
-
 void append_items(const Type& base, const std::byte* items, std::size_t count,
                   const ReferenceNamer& namer, std::string* text) {
   *text += '[';
@@ -77,25 +83,22 @@ void append_items(const Type& base, const std::byte* items, std::size_t count,
   *text += ']';
 }
 
-// Each further dimension of an array is a list of its own.
-void append_array(const Type& type, std::size_t dimension, const std::byte* items,
-                  const ReferenceNamer& namer, std::string* text) {
-  const auto extent = static_cast<std::size_t>(type.extents[dimension]);
-  if (dimension + 1 == type.extents.size())
-    return append_items(type.base[0], items, extent, namer, text);
-  std::size_t step = type.size;
-  for (std::size_t d = 0; d <= dimension; ++d) step /= static_cast<std::size_t>(type.extents[d]);
-  *text += '[';
-  for (std::size_t i = 0; i < extent; ++i) {
-    if (i > 0) *text += ", ";
-    append_array(type, dimension + 1, items + i * step, namer, text);
-  }
-  *text += ']';
-}
-
 struct SequenceInMemory {
   std::size_t count;
   const std::byte* items;
+};
+
+// Appends the parts of an element as they come.
+struct DirectText {
+  const std::byte* element;
+  const ReferenceNamer& namer;
+  std::string* text;
+
+  static bool is_value(const Type& /*type*/) { return false; }
+  void add_constant(std::string_view constant) { *text += constant; }
+  void add_value(const Type& type, std::size_t offset) {
+    append_nested(type, element + offset, namer, text);
+  }
 };
 
 void append_reference(const Type& type, const std::byte* element, const ReferenceNamer& namer,
@@ -130,16 +133,24 @@ std::string_view varying_text(const std::byte* element) {
   return text == nullptr ? std::string_view() : std::string_view(text);
 }
 
-void append_number(const Type& type, const std::byte* element, std::string* text) {
-  if (type.kind == Kind::real) {
-    if (type.size == 4) return append_shortest(load<float>(element), text);
-    return append_shortest(load<double>(element), text);
-  }
-  // Times are the file's bytes in memory, all other integers the machine's.
-  const ByteOrder order = type.kind == Kind::time ? type.order : machine_order();
+NumberWriter number_writer(const Type& type) {
+  if (!type.is_numeric() || type.kind == Kind::time) return nullptr;
+  if (type.kind == Kind::real)
+    return type.size == sizeof(float) ? write_number<float> : write_number<double>;
   const bool is_signed = type.is_signed && type.kind != Kind::bit_field;
-  const std::uint64_t bits = load_integer(element, type.size, order, is_signed);
-  is_signed ? append_shortest(static_cast<std::int64_t>(bits), text) : append_shortest(bits, text);
+  return is_signed
+             ? integer_writer<std::int8_t, std::int16_t, std::int32_t, std::int64_t>(type.size)
+             : integer_writer<std::uint8_t, std::uint16_t, std::uint32_t, std::uint64_t>(type.size);
+}
+
+void append_number(const Type& type, const std::byte* element, std::string* text) {
+  if (type.kind == Kind::time) {
+    const std::uint64_t bits = load_integer(element, type.size, type.order, type.is_signed);
+    return type.is_signed ? append_shortest(static_cast<std::int64_t>(bits), text)
+                          : append_shortest(bits, text);
+  }
+  std::array<char, number_room> digits{};
+  text->append(digits.data(), number_writer(type)(element, digits.data()));
 }
 
 std::string string_literal(std::string_view text) {
@@ -205,9 +216,10 @@ void append_nested(const Type& type, const std::byte* element, const ReferenceNa
     case Kind::region_reference:
       return append_reference(type, element, namer, true, text);
     case Kind::compound:
-      return append_compound(type, element, namer, text);
-    case Kind::array:
-      return append_array(type, 0, element, namer, text);
+    case Kind::array: {
+      DirectText visitor{element, namer, text};
+      return walk_text(type, 0, visitor);
+    }
     case Kind::sequence: {
       const auto sequence = load<SequenceInMemory>(element);
       return append_items(type.base[0], sequence.items, sequence.count, namer, text);

@@ -21,6 +21,16 @@ std::string_view without_padding(const Type& type, const std::byte* element);
 /// The null-safe text of a varying_text element; data() is null for a null string.
 std::string_view varying_text(const std::byte* element);
 
+/// Bytes that the text of a number takes at most.
+constexpr std::size_t number_room = 32;
+
+/// Writes the number of an element to a place with that much room and returns the byte behind it.
+using NumberWriter = char* (*)(const std::byte* element, char* text);
+
+/// The writer for elements of the type; null for all that are not numbers of the machine's: times
+/// have the file's byte order.
+NumberWriter number_writer(const Type& type);
+
 /// Appends the number of a numeric element.
 void append_number(const Type& type, const std::byte* element, std::string* text);
 
