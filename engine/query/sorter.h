@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "storage/spill_file.h"
+#include "storage/spool.h"
 
 namespace kelvo {
 
@@ -66,7 +66,7 @@ class Sorter {
   std::string memory_;
   std::vector<Entry> entries_;
   std::size_t next_ = 0;
-  SpillFile file_;
+  Spool file_{0};  // all parts, one behind the other
   std::vector<Part> parts_;
   std::vector<std::size_t> heap_;  // indexes of parts, the one with the first record on top
   std::size_t window_bytes_ = 0;

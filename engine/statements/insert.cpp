@@ -77,7 +77,6 @@ class CheckedElements {
 
   void read_all(ElementStream& stream) {
     stream.read_all(type_, [this](const EncodedElements& block) { keep(block); });
-    spool_.rewind();
   }
 
   [[nodiscard]] Extent count() const { return count_; }
@@ -88,10 +87,10 @@ class CheckedElements {
     parts_.clear();
     bytes_.resize(count * type_.size);
     if (!type_.has_varying_parts()) {
-      spool_.read(bytes_.data(), bytes_.size());
+      reader_.read(bytes_.data(), bytes_.size());
     } else {
       for (std::size_t i = 0; i < count; ++i)
-        unflatten(type_, spool_, bytes_.data() + i * type_.size, &parts_);
+        unflatten(type_, reader_, bytes_.data() + i * type_.size, &parts_);
     }
     return bytes_.data();
   }
@@ -102,16 +101,17 @@ class CheckedElements {
   void keep(const EncodedElements& elements) {
     count_ += elements.count();
     if (!type_.has_varying_parts())
-      return spool_.add(elements.data(), elements.count() * type_.size);
+      return spool_.append(elements.data(), elements.count() * type_.size);
     bytes_.clear();
     for (std::size_t i = 0; i < elements.count(); ++i)
       flatten(type_, elements.data() + i * type_.size, &bytes_);
     varying_bytes_ += bytes_.size() - elements.count() * type_.size;
-    spool_.add(bytes_.data(), bytes_.size());
+    spool_.append(bytes_.data(), bytes_.size());
   }
 
   const Type& type_;
   Spool spool_;
+  SpoolReader reader_{spool_};
   Extent count_ = 0;
   Extent varying_bytes_ = 0;  // of what elements point to
   std::vector<std::byte> bytes_;
