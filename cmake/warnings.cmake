@@ -13,6 +13,11 @@ target_compile_options(
             # GCC 12 takes its own std::string for overlapping copies when it optimises "text" + string (its bug 105651).
             $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 
+# For the loops over rows, which call the engine a few times for each: without a stub in between. The price is that all
+# that is called is looked up as the program starts.
+add_library(kelvo_direct_calls INTERFACE)
+target_compile_options(kelvo_direct_calls INTERFACE -fno-plt)
+
 if(KELVO_SANITIZE)
   # -fno-sanitize-recover: an undefined operation ends the run, so that no test passes over one.
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all

@@ -1,78 +1,24 @@
-// Digits are made eight at a time in one 64-bit word, without a branch that depends on how many
-// there are: numbers of mixed lengths would make the processor guess wrong at every one of them.
+// Reals as text. Their millionths are made as integers are.
 #include "executor/number_text.h"
 
 #include <algorithm>
-#include <bit>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
-
-static_assert(std::endian::native == std::endian::little,
-              "digits are placed by their byte in a word");
 
 namespace {
-
-constexpr std::uint32_t ten_to_8 = 100'000'000;
-constexpr std::uint64_t ten_to_16 = 10'000'000'000'000'000;
-constexpr std::uint32_t million = 1'000'000;
-
-// The eight digits of a value below 10^8, the first in the lowest byte, each 0 to 9. The value is
-// halved three times: into two numbers of four digits, four of two, eight of one, each step for all
-// parts at once. 10486 / 2^20 is 1 / 100 and 103 / 2^10 is 1 / 10, exact for numbers that small.
-std::uint64_t eight_digits(std::uint32_t value) {
-  const std::uint64_t fours = value / 10000 | static_cast<std::uint64_t>(value % 10000) << 32;
-  const std::uint64_t hundreds = (fours * 10486 >> 20) & 0x0000007f0000007f;
-  const std::uint64_t twos = hundreds | (fours - 100 * hundreds) << 16;
-  const std::uint64_t tens = (twos * 103 >> 10) & 0x000f000f000f000f;
-  return tens | (twos - 10 * tens) << 8;
-}
-
-constexpr std::uint64_t zeros = 0x3030303030303030;  // "00000000"
-
-char* write_eight(char* text, std::uint32_t value) {
-  const std::uint64_t digits = eight_digits(value) + zeros;
-  std::memcpy(text, &digits, sizeof digits);
-  return text + sizeof digits;
-}
-
-// Without leading zeros: their bytes are shifted out at the word's low end.
-char* write_up_to_eight(char* text, std::uint32_t value) {
-  const std::uint64_t digits = eight_digits(value);
-  // The top byte's low bit stands in for a last digit of 0, which is to be written.
-  const auto leading =
-      static_cast<unsigned>(std::countr_zero(digits | std::uint64_t{1} << 56)) & ~7U;
-  const std::uint64_t shown = (digits + zeros) >> leading;
-  std::memcpy(text, &shown, sizeof shown);
-  return text + 8 - leading / 8;
-}
-
-char* write_up_to_sixteen(char* text, std::uint64_t value) {
-  if (value < ten_to_8) return write_up_to_eight(text, static_cast<std::uint32_t>(value));
-  text = write_up_to_eight(text, static_cast<std::uint32_t>(value / ten_to_8));
-  return write_eight(text, static_cast<std::uint32_t>(value % ten_to_8));
-}
-
-// A negative number's size is made by arithmetic, for the compiler would make a branch of a choice:
-// signs in no order would be guessed wrong every other time.
-template <typename Unsigned>
-char* write_signed(char* text, Unsigned bits) {
-  const auto negative = static_cast<Unsigned>(bits >> (8 * sizeof bits - 1));
-  *text = '-';  // always stored, and only sometimes kept
-  return write_number(text + negative, static_cast<Unsigned>((bits ^ (0 - negative)) + negative));
-}
 
 #if defined(__SIZEOF_INT128__) && defined(__SSE2_MATH__)
 
 __extension__ using Wide = unsigned __int128;
 
+constexpr std::uint32_t million = 1'000'000;
 constexpr double two_to_64 = 18446744073709551616.0;
 
 char* write_millionths(char* text, std::uint64_t whole, std::uint32_t millionths) {
   text = write_number(text, whole);
   // Seven digits with a zero in front; the point takes the zero's place.
-  const std::uint64_t digits = (eight_digits(millionths) + zeros) >> 8;
+  const std::uint64_t digits = (eight_digits(millionths) + eight_zeros) >> 8;
   std::memcpy(text, &digits, sizeof digits);
   *text = '.';
   return text + 7;
@@ -134,27 +80,5 @@ char* write_double(char* text, double value) {
 #endif
 
 }  // namespace
-
-char* write_number(char* text, std::uint32_t value) {
-  if (value < ten_to_8) return write_up_to_eight(text, value);
-  text = write_up_to_eight(text, value / ten_to_8);
-  return write_eight(text, value % ten_to_8);
-}
-
-char* write_number(char* text, std::int32_t value) {
-  return write_signed(text, static_cast<std::uint32_t>(value));
-}
-
-char* write_number(char* text, std::uint64_t value) {
-  if (value < ten_to_16) return write_up_to_sixteen(text, value);
-  text = write_up_to_eight(text, static_cast<std::uint32_t>(value / ten_to_16));
-  const std::uint64_t rest = value % ten_to_16;
-  text = write_eight(text, static_cast<std::uint32_t>(rest / ten_to_8));
-  return write_eight(text, static_cast<std::uint32_t>(rest % ten_to_8));
-}
-
-char* write_number(char* text, std::int64_t value) {
-  return write_signed(text, static_cast<std::uint64_t>(value));
-}
 
 char* write_number(char* text, double value) { return write_double(text, value); }

@@ -69,7 +69,7 @@ void show_char() {
 void show_varchar() {
   const char* text = kelvo_cursor_get_char(nullptr);
   if (text == nullptr) return add_byte('\n');
-  add_text(text, std::strlen(text), '\n');
+  add_string(text, '\n');
 }
 
 enum class RunEnd { last_row, other_type, interrupted };

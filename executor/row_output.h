@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "executor/number_text.h"
+#include "executor/short_text.h"
 
 // What libc's own unlocked character output does when there is room; the program has one thread.
 #if defined(__GLIBC__)
@@ -38,6 +39,17 @@ inline void add_text(const char* text, std::size_t length, char behind) {
   }
   fwrite_unlocked(text, 1, length, stdout);
   add_byte(behind);
+}
+
+/// Puts the text up to its NUL and the byte behind it.
+inline void add_string(const char* text, char behind) {
+  if (stream_has_room(short_text_room + 1)) {
+    if (char* end = copy_short_text(text, stream_next()); end != nullptr) {
+      *end = behind;
+      return set_stream_next(end + 1);
+    }
+  }
+  add_text(text, std::strlen(text), behind);
 }
 
 /// Puts the number's text.
