@@ -18,6 +18,13 @@ target_compile_options(
 add_library(kelvo_direct_calls INTERFACE)
 target_compile_options(kelvo_direct_calls INTERFACE -fno-plt)
 
+# The C++ library becomes a part of what is linked: to look up its thousands of symbols would be a sixth of every start.
+# None of them is shown to other libraries, which may bring their own.
+add_library(kelvo_own_runtime INTERFACE)
+if(NOT KELVO_SANITIZE) # the sanitizers look for it
+  target_link_options(kelvo_own_runtime INTERFACE -static-libstdc++ -static-libgcc LINKER:--exclude-libs,ALL)
+endif()
+
 if(KELVO_SANITIZE)
   # -fno-sanitize-recover: an undefined operation ends the run, so that no test passes over one.
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
