@@ -8,6 +8,8 @@
 #include "statements/family.h"
 #include "storage/check.h"
 #include "storage/crash_guard.h"
+#include "storage/driver.h"
+#include "storage/external_link.h"
 #include "storage/lock.h"
 #include "storage/lzf_filter.h"
 #include "storage/object.h"
@@ -34,6 +36,46 @@ Session::Session(Cursor& cursor) : result_(cursor) {
   register_lzf_filter();
 }
 
+Session::~Session() {
+  run_guarded([this] {
+    result_.clear();
+    files_.clear();
+  });
+}
+
+// Rows of a file, which may turn out to be damaged with each block that is read.
+class Session::GuardedRows : public RowSource {
+ public:
+  GuardedRows(Session& session, Answer rows) : session_(session), rows_(std::move(rows)) {}
+  GuardedRows(const GuardedRows&) = delete;
+  GuardedRows& operator=(const GuardedRows&) = delete;
+  ~GuardedRows() override {
+    if (!run_guarded([this] { rows_.reset(); })) give_up();
+  }
+
+  bool next(Block& block) override {
+    bool found = false;
+    if (!run_guarded([&] { found = rows_->next(block); })) throw give_up();
+    return found;
+  }
+
+  std::optional<std::uint64_t> look_through(std::size_t most_bytes) override {
+    std::optional<std::uint64_t> seen;
+    if (!run_guarded([&] { seen = rows_->look_through(most_bytes); })) throw give_up();
+    return seen;
+  }
+
+ private:
+  // What the rows own may be in any state.
+  StatementError give_up() {
+    static_cast<void>(rows_.release());
+    return session_.give_up_damaged();
+  }
+
+  Session& session_;
+  Answer rows_;
+};
+
 Status Session::execute(const char* statement) {
   status_before_ = status_;
   status_ = 0;
@@ -41,10 +83,25 @@ Status Session::execute(const char* statement) {
   position_ = 0;
   result_.reset();
   if (settings_.debug) log_.emplace(statement);
+  if (!run_guarded([&] { run(statement); })) {
+    const StatementError error = give_up_damaged();
+    result_.give_up();
+    fail(error);
+  }
+  if (log_) log_->show_end(static_cast<Status>(status_), result_.elements());
+  log_.reset();
+  return static_cast<Status>(status_);
+}
+
+void Session::run(const char* statement) {
   try {
     Parser parser(statement);
     // A line with a comment alone, as in scripts, is nothing to do.
-    if (!parser.at_end()) result_.start(run_form(statement_families(), parser, *this));
+    if (!parser.at_end()) {
+      Answer answer = run_form(statement_families(), parser, *this);
+      if (answer != nullptr) answer = std::make_unique<GuardedRows>(*this, std::move(answer));
+      result_.start(std::move(answer));
+    }
     end_writing();
   } catch (const StatementError& error) {
     fail(error);
@@ -62,9 +119,20 @@ Status Session::execute(const char* statement) {
       // The statement has failed already; the first reason is the one to show.
     }
   }
-  if (log_) log_->show_end(static_cast<Status>(status_), result_.elements());
-  log_.reset();
-  return static_cast<Status>(status_);
+}
+
+// The HDF5 library was left in the middle of a call, with a file that it does not survive. Nothing
+// that it has open is touched again: not even to close it. Files in use stay so, and are opened
+// again when they are needed.
+StatementError Session::give_up_damaged() {
+  const std::string file = give_up_files();
+  for (UsedFile& used : files_) {
+    static_cast<void>(used.handle.release());
+    used.access = Access::read;
+  }
+  forget_followed_links();
+  return StatementError(Status::hdf5_refused, (file.empty() ? "A file" : "File " + quoted(file)) +
+                                                  " is damaged: it says more than there is of it");
 }
 
 void Session::fail(const StatementError& error) noexcept {

@@ -49,6 +49,9 @@ class Session {
  public:
   /// `cursor` walks the results, and must outlive the session.
   explicit Session(Cursor& cursor);
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  ~Session();
 
   /// Runs one statement and keeps its result; throws nothing but what leaves no way to report (see
   /// api.cpp).
@@ -104,6 +107,10 @@ class Session {
     Access access = Access::read;
   };
 
+  class GuardedRows;
+
+  void run(const char* statement);
+  StatementError give_up_damaged();
   std::vector<UsedFile>::iterator find_used(const std::string& path);
   static hid_t open_used(UsedFile& file, Access access);
   void end_writing();

@@ -36,6 +36,11 @@ void Result::clear() {
   cursor_ = Cursor();
 }
 
+void Result::give_up() {
+  static_cast<void>(source_.release());
+  clear();
+}
+
 void Result::reset() {
   clear();
   elements_ = seen_ahead_ = 0;

@@ -32,6 +32,9 @@ class Result {
   /// Empties the result and lets go of everything in the file. The count stays.
   void clear();
 
+  /// The same without letting go of anything in the file, where that could do harm.
+  void give_up();
+
   /// Forgets the count too.
   void reset();
 

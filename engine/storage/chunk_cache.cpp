@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "storage/check.h"
-#include "storage/crash_guard.h"
 #include "storage/object.h"
 #include "storage/sources.h"
 
@@ -41,7 +40,7 @@ PropertyHandle access_list(const ChunkCache& cache, std::size_t bytes) {
 }
 
 DatasetHandle open_with(hid_t file, const std::string& path, hid_t list) {
-  return DatasetHandle(check_id(open_guarded(H5Dopen2, file, path.c_str(), list), [&path] {
+  return DatasetHandle(check_id(H5Dopen2(file, path.c_str(), list), [&path] {
     return "Dataset " + quoted(path) + " cannot be opened";
   }));
 }

@@ -1,24 +1,28 @@
-// Calls of the HDF5 library that a damaged file makes read where there is no memory.
-//
-// The library finds strings and sequences by an index from the file, and takes from there how many
-// numbers a selection of a virtual dataset has, neither of which it checks. No check of ours can
-// stand in front of that, as nobody else sees them: so the access that the machine refuses ends the
-// call.
+// The last resort against damaged files. The HDF5 library trusts sizes, addresses and indexes in a
+// file in places that no check of ours can stand in front of: it then reads where there is no
+// memory, frees what was never allocated, divides by nothing, or calls itself until the stack ends.
+// Such a signal ends the call instead of the process.
 #pragma once
 
-#include <hdf5.h>
+#include <type_traits>
 
 namespace kelvo {
 
-/// Calls `call(arguments)`, which may go through C code only, as its frames may be left without
-/// being unwound. False where it made an access that the machine refused; what the library had
-/// locked of the file stays locked then.
+/// Calls `call(arguments)`; false where a signal ended it: SIGSEGV, SIGBUS or SIGFPE of this
+/// thread, or SIGABRT from libc, which checks the heap. The frames of the call are left without
+/// being unwound: what they owned stays allocated, open and locked for good, and whoever calls this
+/// gives up whatever they were working on. After SIGABRT the heap itself may be damaged; going on
+/// is still better than losing everything for certain. Calls may nest: the innermost ends.
+/// Exceptions pass. For one thread at a time; signals of others, and those that other programs
+/// send, act as if nothing were guarded.
 bool call_guarded(void (*call)(void* arguments), void* arguments);
 
-/// H5Oopen or H5Dopen2, guarded so: negative in that case too, with an error left for what checks
-/// it.
-hid_t open_guarded(hid_t (*open)(hid_t place, const char* name, hid_t access), hid_t place,
-                   const char* name, hid_t access);
+/// The same for anything that can be called without arguments.
+template <typename Call>
+bool run_guarded(Call&& call) {
+  using Callable = std::remove_reference_t<Call>;
+  return call_guarded([](void* callable) { (*static_cast<Callable*>(callable))(); }, &call);
+}
 
 /// Makes the HDF5 library do nothing when the process ends, as what such a call left behind would
 /// make it fail again; files are closed by their owners. To be called before anything else of it.

@@ -12,20 +12,30 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <new>
 #include <string_view>
 #include <tuple>
+#include <vector>
 
 #include "storage/check.h"
 
 namespace kelvo {
 namespace {
 
+struct HostFile;
+
+// All that are open, and the one that was read last.
+std::vector<HostFile*> open_files;
+const HostFile* read_last = nullptr;
+
 // The library knows it by its first member.
 struct HostFile {
   H5FD_t base{};
+  std::string path;
   int descriptor = -1;
+  bool is_given_up = false;
   bool is_written = false;
   haddr_t end_allocated = 0;
   haddr_t size = 0;
@@ -33,11 +43,19 @@ struct HostFile {
   dev_t device = 0;
   ino_t inode = 0;
 
-  HostFile() = default;
+  HostFile() { open_files.push_back(this); }
   HostFile(const HostFile&) = delete;
   HostFile& operator=(const HostFile&) = delete;
   ~HostFile() {
+    close_descriptor();
+    std::erase(open_files, this);
+    if (read_last == this) read_last = nullptr;
+  }
+
+  // A lock of the file ends with it.
+  void close_descriptor() noexcept {
     if (descriptor >= 0) ::close(descriptor);
+    descriptor = -1;
   }
 };
 
@@ -70,8 +88,19 @@ int host_flags(unsigned flags) {
   return host;
 }
 
+// Null for want of memory: exceptions must not pass through the library.
+std::unique_ptr<HostFile> make_host_file(const char* path) noexcept {
+  try {
+    auto file = std::make_unique<HostFile>();
+    file->path = path;
+    return file;
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 H5FD_t* open_file(const char* name, unsigned flags, hid_t /*access*/, haddr_t /*largest*/) {
-  auto file = std::unique_ptr<HostFile>(new (std::nothrow) HostFile);
+  auto file = make_host_file(name);
   if (file == nullptr) return nullptr;
   file->is_written = (flags & H5F_ACC_RDWR) != 0;
   file->descriptor = ::open(name, host_flags(flags), 0666);
@@ -89,7 +118,11 @@ herr_t close_file(H5FD_t* file) {
   return 0;
 }
 
+// The library shares what it knows of a file among all that have it open: files that were given up
+// are kept out of that.
 int compare(const H5FD_t* left, const H5FD_t* right) {
+  if (file_of(left)->is_given_up || file_of(right)->is_given_up)
+    return left == right ? 0 : std::less<>()(left, right) ? -1 : 1;
   const auto key = [](const H5FD_t* file) {
     return std::make_tuple(file_of(file)->device, file_of(file)->inode);
   };
@@ -193,7 +226,8 @@ herr_t read(H5FD_t* file, H5FD_mem_t type, hid_t /*transfer*/, haddr_t address, 
   if (address > largest_address || size > largest_address - address) return -1;
   auto* bytes = static_cast<unsigned char*>(buffer);
   const HostFile& host = *file_of(file);
-  if (!read_bytes(host.descriptor, address, size, bytes)) return -1;
+  read_last = &host;
+  if (host.is_given_up || !read_bytes(host.descriptor, address, size, bytes)) return -1;
   if (is_sound_heap(type, bytes, size, host)) return 0;
   leave_error(StatementError(
       Status::hdf5_refused,
@@ -214,6 +248,7 @@ herr_t write(H5FD_t* file, H5FD_mem_t /*type*/, hid_t /*transfer*/, haddr_t addr
              std::size_t size, const void* buffer) {
   if (address > largest_address || size > largest_address - address) return -1;
   HostFile& host = *file_of(file);
+  if (host.is_given_up) return 0;
   const auto* bytes = static_cast<const unsigned char*>(buffer);
   while (size > 0) {
     const ssize_t done = ::pwrite(host.descriptor, bytes, size, static_cast<off_t>(address));
@@ -229,7 +264,7 @@ herr_t write(H5FD_t* file, H5FD_mem_t /*type*/, hid_t /*transfer*/, haddr_t addr
 
 herr_t truncate(H5FD_t* file, hid_t /*transfer*/, hbool_t /*closing*/) {
   HostFile& host = *file_of(file);
-  if (!host.is_written || host.size == host.end_allocated) return 0;
+  if (host.is_given_up || !host.is_written || host.size == host.end_allocated) return 0;
   if (::ftruncate(host.descriptor, static_cast<off_t>(host.end_allocated)) != 0)
     return fail_write(errno);
   host.size = host.end_allocated;
@@ -272,6 +307,14 @@ hid_t driver_id() {
 void set_driver(hid_t access) {
   check_done(H5Pset_driver(access, driver_id(), nullptr),
              [] { return std::string("File access cannot be set up"); });
+}
+
+std::string give_up_files() {
+  for (HostFile* file : open_files) {
+    file->is_given_up = true;
+    file->close_descriptor();
+  }
+  return read_last == nullptr ? "" : read_last->path;
 }
 
 bool uses_driver(hid_t access) { return H5Pget_driver(access) == driver_id(); }

@@ -4,6 +4,8 @@
 
 #include <hdf5.h>
 
+#include <string>
+
 namespace kelvo {
 
 /// Makes `access` open files through this driver.
@@ -11,5 +13,11 @@ void set_driver(hid_t access);
 
 /// Whether `access` opens files through it.
 bool uses_driver(hid_t access);
+
+/// Gives up every file that is open through this driver, after the HDF5 library was left in the
+/// middle of a call: the host's files are closed, what the library still writes goes nowhere, and
+/// who opens one of them again gets it afresh. Returns the path of the one that was read last, ""
+/// for none.
+std::string give_up_files();
 
 }  // namespace kelvo

@@ -7,7 +7,6 @@
 
 #include "storage/check.h"
 #include "storage/chunk_reader.h"
-#include "storage/crash_guard.h"
 #include "storage/datatype.h"
 #include "storage/object.h"
 #include "storage/sources.h"
@@ -132,34 +131,15 @@ Extent most_elements(const ElementPlace& place, const Selection& selection) {
   return std::max<Extent>(1, block_bytes / std::max<std::size_t>(1, place.type.size));
 }
 
-struct ReadCall {
-  const ElementPlace& place;
-  hid_t memory_space;
-  hid_t file_space;
-  std::byte* bytes;
-  herr_t result = -1;
-};
-
-void run_read(void* arguments) {
-  ReadCall& read = *static_cast<ReadCall*>(arguments);
-  const hid_t type = read.place.memory_type.get();
-  read.result = read.place.dataset ? H5Dread(read.place.dataset.get(), type, read.memory_space,
-                                             read.file_space, H5P_DEFAULT, read.bytes)
-                                   : H5Aread(read.place.attribute.get(), type, read.bytes);
-}
-
 }  // namespace
 
 void read_elements(const ElementPlace& place, hid_t memory_space, hid_t file_space,
                    std::byte* bytes) {
-  ReadCall read{place, memory_space, file_space, bytes};
-  if (!place.type.has_varying_parts()) {
-    run_read(&read);
-  } else if (!call_guarded(run_read, &read)) {
-    throw StatementError(Status::hdf5_refused,
-                         damaged(place) + "a string or sequence of it is not where it should be");
-  }
-  if (read.result < 0) fail_read(place);
+  const hid_t type = place.memory_type.get();
+  const herr_t result = place.dataset ? H5Dread(place.dataset.get(), type, memory_space, file_space,
+                                                H5P_DEFAULT, bytes)
+                                      : H5Aread(place.attribute.get(), type, bytes);
+  if (result < 0) fail_read(place);
 }
 
 ElementPlace place_of(DatasetHandle dataset, std::string name) {

@@ -108,6 +108,8 @@ ssize_t copy_value(const char* /*link*/, const void* value, std::size_t size, vo
 
 }  // namespace
 
+void forget_followed_links() noexcept { depth = 0; }
+
 void guard_external_links() {
   H5L_class_t ours{};
   ours.version = H5L_LINK_CLASS_T_VERS;

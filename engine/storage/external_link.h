@@ -10,4 +10,7 @@ namespace kelvo {
 /// fail_hdf5 then throws the refusal itself.
 void guard_external_links();
 
+/// After the HDF5 library was left in the middle of a call: no link is being followed.
+void forget_followed_links() noexcept;
+
 }  // namespace kelvo

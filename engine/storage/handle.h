@@ -23,12 +23,14 @@ class Handle {
   ~Handle() { reset(); }
 
   [[nodiscard]] hid_t get() const noexcept { return id_; }
+  /// Leaves it open for whoever asks.
+  hid_t release() noexcept { return std::exchange(id_, H5I_INVALID_HID); }
   explicit operator bool() const noexcept { return id_ >= 0; }
 
   /// Closes now. Negative where the HDF5 library failed, which for a file means that its last
   /// writes may not be on disk.
   herr_t reset() noexcept {
-    const hid_t id = std::exchange(id_, H5I_INVALID_HID);
+    const hid_t id = release();
     return id >= 0 ? close(id) : 0;
   }
 

@@ -5,7 +5,6 @@
 #include <iterator>
 
 #include "storage/check.h"
-#include "storage/crash_guard.h"
 
 namespace kelvo {
 namespace {
@@ -162,7 +161,7 @@ ObjectHandle open_object(hid_t file, const std::string& path) {
     explain_dangling(file, path);
     fail_missing(ObjectKind::none, found, path);
   }
-  return ObjectHandle(check_id(open_guarded(H5Oopen, file, path.c_str(), H5P_DEFAULT),
+  return ObjectHandle(check_id(H5Oopen(file, path.c_str(), H5P_DEFAULT),
                                [&path] { return "Object " + quoted(path) + " cannot be opened"; }));
 }
 

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "storage/check.h"
-#include "storage/crash_guard.h"
 #include "storage/file.h"
 #include "storage/object.h"
 #include "storage/reach.h"
@@ -183,7 +182,7 @@ bool SourceWalk::check_source(hid_t dataset, const std::string& file, const std:
     source_file = open_once(found, access_of(dataset));
   }
   const PropertyHandle access = dataset_access();
-  const DatasetHandle opened(open_guarded(H5Dopen2, source_file, source.c_str(), access.get()));
+  const DatasetHandle opened(H5Dopen2(source_file, source.c_str(), access.get()));
   if (!opened) {
     throw_left_error();
     return false;
@@ -229,8 +228,7 @@ DatasetHandle opened_again(DatasetHandle dataset, const char* raw_data, const st
   const std::string path = object_path(dataset.get());
   set_prefixes(access.get(), raw_data);
   dataset.reset();
-  return DatasetHandle(
-      check_id(open_guarded(H5Dopen2, file.get(), path.c_str(), access.get()), what));
+  return DatasetHandle(check_id(H5Dopen2(file.get(), path.c_str(), access.get()), what));
 }
 
 }  // namespace
