@@ -1,11 +1,9 @@
 """Fixtures that all Python tests share."""
 
-import os
-import shutil
-import tempfile
 from pathlib import Path
 
 import pytest
+from ordinary_user import ORDINARY_USER
 from program import Program
 
 
@@ -15,17 +13,9 @@ def program(tmp_path):
 
 
 @pytest.fixture
-def unprivileged_program():
-    """The program run by a user whom file modes concern: not root. Copies, as that user may not reach the originals."""
-    folder = Path(tempfile.mkdtemp())
-    program = Program(folder)
-    if os.geteuid() == 0:
-        copies = [shutil.copy(file, folder) for file in (program.executable, program.engine_library)]
-        program = Program(folder, *map(Path, copies))
-        nobody = 65534
-        program.popen_options = {"user": nobody, "group": nobody, "extra_groups": []}
-        shutil.chown(folder, nobody, nobody)
+def unprivileged_program(program):
+    """The program run by a user whom file modes concern."""
+    program.popen_options = ORDINARY_USER
     yield program
-    for closed in filter(Path.is_dir, folder.iterdir()):
+    for closed in filter(Path.is_dir, program.folder.iterdir()):
         closed.chmod(0o700)
-    shutil.rmtree(folder)

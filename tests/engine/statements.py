@@ -103,16 +103,3 @@ def read_answer(output, failed):
     assert error is not None, f"no error line at the end of {output!r}"
     position = error["position"]
     return Answer(rows, int(error["status"]), error["message"], None if position is None else int(position), output)
-
-
-def unprivileged(kelvo):
-    """Runs as a user whom file modes concern."""
-    if os.geteuid() != 0:
-        return {}
-    nobody = 65534
-    folder = kelvo.folder
-    while folder != folder.parent:  # the scratch folders of a root user are root's alone
-        folder.chmod(folder.stat().st_mode | 0o055)
-        folder = folder.parent
-    os.chown(kelvo.folder, nobody, nobody)
-    return {"user": nobody, "group": nobody, "extra_groups": []}

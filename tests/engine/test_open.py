@@ -2,19 +2,15 @@
 
 import fcntl
 import os
-import re
-import shutil
 import signal
 import socket
 import subprocess
 import sys
-import tempfile
-from pathlib import Path
 
 import h5py
 import numpy as np
 import pytest
-from statements import Kelvo
+from ordinary_user import ORDINARY_USER
 
 DAMAGED = -9
 
@@ -66,42 +62,20 @@ def test_name_too_long_for_the_host(kelvo):
     assert kelvo.error(f"USE FILE {name}") == (-8, refusal(kelvo, name, "cannot be opened: File name too long"))
 
 
-@pytest.fixture
-def unprivileged():
-    """The program run by a user whom file modes concern: not root. A copy, as that user may not reach the original."""
-    folder = Path(tempfile.mkdtemp())
-    kelvo = Kelvo(folder)
-    if os.geteuid() == 0:
-        linked = subprocess.run(["ldd", kelvo.program], check=True, capture_output=True, text=True).stdout
-        library = re.search(r"libKelvo\.so\S* => (\S+)", linked)[1]
-        shutil.copy(library, folder / "libKelvo.so")
-        kelvo.program = Path(shutil.copy(kelvo.program, folder))
-        kelvo.as_nobody = {"user": 65534, "group": 65534, "extra_groups": []}
-        shutil.chown(folder, 65534, 65534)
-        clean = kelvo.environment()
-        kelvo.environment = lambda: clean | {"LD_LIBRARY_PATH": str(folder)}
-    else:
-        kelvo.as_nobody = {}
-    yield kelvo
-    shutil.rmtree(folder)
-
-
-def test_no_permission_to_read(unprivileged):
-    kelvo = unprivileged
+def test_no_permission_to_read(kelvo):
     with h5py.File(kelvo.path("x.h5"), "w") as file:
         file["numbers"] = [1]
     kelvo.path("x.h5").chmod(0)
-    assert kelvo.error("USE FILE x.h5", **kelvo.as_nobody) == (
+    assert kelvo.error("USE FILE x.h5", **ORDINARY_USER) == (
         -8, refusal(kelvo, "x.h5", "cannot be opened: Permission denied"))
 
 
-def test_no_permission_to_write(unprivileged):
-    kelvo = unprivileged
+def test_no_permission_to_write(kelvo):
     with h5py.File(kelvo.path("x.h5"), "w") as file:
         file["numbers"] = [1]
     kelvo.path("x.h5").chmod(0o444)
-    assert kelvo.rows("USE FILE x.h5", "SELECT * FROM numbers", **kelvo.as_nobody) == ["1"]
-    assert kelvo.error("USE FILE x.h5", "CREATE GROUP g", **kelvo.as_nobody) == (
+    assert kelvo.rows("USE FILE x.h5", "SELECT * FROM numbers", **ORDINARY_USER) == ["1"]
+    assert kelvo.error("USE FILE x.h5", "CREATE GROUP g", **ORDINARY_USER) == (
         -8, refusal(kelvo, "x.h5", "cannot be opened for writing: Permission denied"))
 
 

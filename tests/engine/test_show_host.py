@@ -4,7 +4,7 @@ import os
 
 import h5py
 import pytest
-from statements import unprivileged
+from ordinary_user import ORDINARY_USER
 
 
 @pytest.fixture
@@ -91,13 +91,12 @@ def test_errors(folder, statement, error):
 
 
 def test_directory_that_may_not_be_read(kelvo):
-    who = unprivileged(kelvo)
     kelvo.path("closed").mkdir(mode=0)
     kelvo.path("below").mkdir()
     (kelvo.path("below") / "closed").mkdir(mode=0)
     refusal = f'Directory "{kelvo.folder}/%s" cannot be read: Permission denied'
-    assert kelvo.error("SHOW FILE closed", **who) == (-8, refusal % "closed")
-    assert kelvo.error("SHOW FILE below RECURSIVE", **who) == (-8, refusal % "below/closed")
-    assert kelvo.rows("SHOW DIRECTORY below", **who) == ["closed"]
-    assert kelvo.error("USE DIRECTORY closed", **who) == (
+    assert kelvo.error("SHOW FILE closed", **ORDINARY_USER) == (-8, refusal % "closed")
+    assert kelvo.error("SHOW FILE below RECURSIVE", **ORDINARY_USER) == (-8, refusal % "below/closed")
+    assert kelvo.rows("SHOW DIRECTORY below", **ORDINARY_USER) == ["closed"]
+    assert kelvo.error("USE DIRECTORY closed", **ORDINARY_USER) == (
         -8, f'Directory "{kelvo.folder}/closed" cannot be used: Permission denied')
