@@ -16,6 +16,7 @@
 #include "error.h"
 #include "import/field.h"
 #include "import/host_file.h"
+#include "values/text.h"
 
 namespace kelvo {
 namespace {
@@ -31,7 +32,11 @@ class Input {
  public:
   using Ch = char;
 
-  explicit Input(const std::string& path) : path_(path), file_(open_host_file(path)) { fill(); }
+  explicit Input(const std::string& path) : path_(path), file_(open_host_file(path)) {
+    fill();
+    if (std::string_view(buffer_.data(), end_).starts_with(byte_order_mark))
+      at_ = line_begin_ = byte_order_mark.size();
+  }
 
   [[nodiscard]] Ch Peek() const { return at_ < end_ ? buffer_[at_] : '\0'; }
   Ch Take() {

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "import/host_file.h"
+#include "values/text.h"
 
 namespace kelvo {
 namespace {
@@ -13,7 +14,11 @@ constexpr std::size_t piece = std::size_t{256} * 1024;
 
 }  // namespace
 
-LineReader::LineReader(const std::string& path) : path_(path), file_(open_host_file(path)) {}
+LineReader::LineReader(const std::string& path) : path_(path), file_(open_host_file(path)) {
+  fill();
+  if (std::string_view(buffer_.data(), end_).starts_with(byte_order_mark))
+    begin_ = byte_order_mark.size();
+}
 
 // Moves what is left to the front and reads behind it; the buffer grows only for a line longer than
 // it.

@@ -11,9 +11,11 @@ namespace {
 
 constexpr std::size_t highest_rank = 32;  // HDF5's own limit
 
-void parse_extent(Parser& parser, Space* space) {
+void parse_extent(Parser& parser, bool can_grow, Space* space) {
   const Extent extent = parser.expect_unsigned("an extent", unlimited - 1);
   Extent maximum = extent;
+  if (!can_grow && parser.peek(Mode::expression).is_keyword("TO"))
+    parser.fail_expected("\"]\" (an attribute cannot grow)", Mode::expression);
   if (parser.accept_keyword("TO", Mode::expression)) {
     maximum = parser.accept_keyword("UNLIMITED", Mode::expression)
                   ? unlimited
@@ -30,11 +32,11 @@ void parse_extent(Parser& parser, Space* space) {
 
 }  // namespace
 
-Space parse_optional_dimensions(Parser& parser) {
+Space parse_optional_dimensions(Parser& parser, bool can_grow) {
   Space space;
   if (!parser.accept_symbol("[", Mode::expression)) return space;
   do {
-    parse_extent(parser, &space);
+    parse_extent(parser, can_grow, &space);
   } while (parser.accept_symbol(",", Mode::expression));
   parser.expect_symbol("]", Mode::expression);
   if (space.extents.size() > highest_rank) {

@@ -7,7 +7,7 @@ namespace kelvo {
 
 class Parser;
 
-/// Dimensions if they are next, else a scalar space.
-Space parse_optional_dimensions(Parser& parser);
+/// Dimensions if they are next, else a scalar space. Those of attributes cannot grow.
+Space parse_optional_dimensions(Parser& parser, bool can_grow);
 
 }  // namespace kelvo

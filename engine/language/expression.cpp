@@ -174,12 +174,8 @@ class Reader {
   }
 
   Expression like(Expression expression) {
-    expression.text = parser_.expect_string("a pattern between single quotes");
-    if (!accept("ESCAPE")) return expression;
-    const std::size_t begin = position();
-    const std::string escape = parser_.expect_string("the escape character");
-    if (escape.size() != 1) throw StatementError::at(begin, "Expected one escape character");
-    expression.escape = escape[0];
+    expression.text = parser_.expect_string("a pattern");
+    if (accept("ESCAPE")) expression.escape = parser_.expect_escape_character();
     return expression;
   }
 

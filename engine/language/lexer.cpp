@@ -77,17 +77,24 @@ class Scanner {
     if (peek() == '#' || (peek() == '-' && peek(1) == '-')) at_ = text_.size();
   }
 
+  [[nodiscard]] bool at_escaped(char quote) const {
+    return (peek() == 'E' || peek() == 'e') && peek(1) == quote;
+  }
+
   bool scan_quoted() {
-    const bool prefixed = peek(1) == '\'';
     if (peek() == '"') return scan_doubled('"', TokenKind::quoted_name);
     if (peek() == '\'') return scan_doubled('\'', TokenKind::string);
-    if (prefixed && (peek() == 'E' || peek() == 'e')) return scan_escaped();
-    if (prefixed && (peek() == 'X' || peek() == 'x')) return scan_bytes();
+    if (at_escaped('"')) return scan_escaped('"', TokenKind::quoted_name);
+    if (at_escaped('\'')) return scan_escaped('\'', TokenKind::string);
+    if ((peek() == 'X' || peek() == 'x') && peek(1) == '\'') return scan_bytes();
     return false;
   }
 
   [[noreturn]] void fail_unclosed(std::string_view what) const {
     throw StatementError::at(token_.position, std::string(what) + " is not closed");
+  }
+  [[noreturn]] void fail_unclosed(TokenKind kind) const {
+    fail_unclosed(kind == TokenKind::string ? "String" : "Quoted name");
   }
 
   // '...' and "...": the quote itself is written twice.
@@ -101,14 +108,14 @@ class Scanner {
       if (peek() == quote) ++at_;
       token_.text += peek();
     }
-    fail_unclosed(kind == TokenKind::string ? "String" : "Quoted name");
+    fail_unclosed(kind);
   }
 
-  // E'...': a backslash begins an escape; a quote is written \' or ''.
-  bool scan_escaped() {
-    token_.kind = TokenKind::string;
+  // E'...' and E"...": a backslash begins an escape; a quote is written behind one, or twice.
+  bool scan_escaped(char quote, TokenKind kind) {
+    token_.kind = kind;
     for (at_ += 2; !done();) {
-      if (peek() == '\'' && peek(1) != '\'') {
+      if (peek() == quote && peek(1) != quote) {
         ++at_;
         return true;
       }
@@ -117,9 +124,9 @@ class Scanner {
         continue;
       }
       token_.text += peek();
-      at_ += peek() == '\'' ? 2 : 1;
+      at_ += peek() == quote ? 2 : 1;
     }
-    fail_unclosed("String");
+    fail_unclosed(kind);
   }
 
   void scan_escape() {
@@ -138,6 +145,9 @@ class Scanner {
     } else {
       fail_escape(backslash);
     }
+    // Neither the HDF5 library nor the host has such names: they would end there.
+    if (token_.kind == TokenKind::quoted_name && token_.text.back() == '\0')
+      throw StatementError::at(backslash + 1, "Expected no null byte in a name");
   }
 
   [[noreturn]] static void fail_escape(std::size_t backslash) {
@@ -174,6 +184,7 @@ class Scanner {
     if (word_enders.find(peek()) != std::string_view::npos) return take_symbol(1);
     token_.kind = TokenKind::word;
     while (!done() && !is_blank(peek()) && word_enders.find(peek()) == std::string_view::npos) {
+      if (token_.text.ends_with('/') && at_escaped('"')) return;
       token_.text += text_[at_++];
     }
   }

@@ -17,7 +17,7 @@ enum class Mode {
 
 enum class TokenKind {
   word,         // unquoted: a keyword, path or identifier
-  quoted_name,  // "..."
+  quoted_name,  // "..." or E"..."; without NUL bytes
   string,       // '...' or E'...'
   bytes,        // X'...'
   number,       // unsigned: 12, 0x1f, 1.5, 1e-3
@@ -27,7 +27,7 @@ enum class TokenKind {
 
 struct Token {
   TokenKind kind = TokenKind::end;
-  std::string text;          // unquoted and unescaped; may hold NUL bytes for string and bytes
+  std::string text;          // unquoted and unescaped; string and bytes may hold NUL bytes
   std::size_t position = 1;  // of its first byte, from 1
   std::size_t next = 0;      // offset of the first byte after it, from 0
 

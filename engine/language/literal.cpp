@@ -137,7 +137,7 @@ Literal any_literal(Parser& parser) {
     default:
       break;
   }
-  parser.fail_expected("a value", Mode::expression);
+  parser.fail_expected_value("a value");
 }
 
 }  // namespace

@@ -88,6 +88,8 @@ bool accept_word_type(Parser& parser, Type* type) {
     if (is_unsigned && !word.may_be_unsigned) continue;
     if (!parser.accept_keyword(word.keyword, Mode::expression)) continue;
     *type = parse_after(word, is_unsigned, parser);
+    if (word.may_be_unsigned && parser.peek(Mode::expression).is_keyword("UNSIGNED"))
+      parser.fail_expected("UNSIGNED in front of the type", Mode::expression);
     return true;
   }
   if (is_unsigned) parser.fail_expected("an integer type", Mode::expression);

@@ -17,11 +17,21 @@ namespace {
 constexpr std::array<std::string_view, 10> clause_words = {
     "TO", "IN", "FROM", "VALUES", "SELECT", "WHERE", "LIKE", "GLOB", "RECURSIVE", "INTO"};
 
+bool is_clause_word(const Token& token) {
+  return std::any_of(clause_words.begin(), clause_words.end(),
+                     [&token](std::string_view word) { return token.is_keyword(word); });
+}
+
 bool is_path(const Token& token) {
-  if (token.kind == TokenKind::quoted_name) return true;
-  return token.kind == TokenKind::word &&
-         std::none_of(clause_words.begin(), clause_words.end(),
-                      [&token](std::string_view word) { return token.is_keyword(word); });
+  return token.kind == TokenKind::quoted_name ||
+         (token.kind == TokenKind::word && !is_clause_word(token));
+}
+
+// What most who come from other languages write first: a name between single quotes, or a keyword.
+std::string_view name_hint(const Token& token) {
+  if (token.kind == TokenKind::string) return " (names stand between double quotes)";
+  if (is_clause_word(token)) return " (between double quotes a keyword is a name)";
+  return "";
 }
 
 // Cuts the first word off keywords separated by one blank each.
@@ -132,10 +142,19 @@ bool Parser::at_end(Mode mode) {
 bool Parser::at_path() { return is_path(peek()); }
 
 std::string Parser::expect_path(std::string_view what) {
-  if (at_path() && !peek().text.empty()) return take().text;
-  // What most who come from other languages write first.
-  const bool is_string = peek().kind == TokenKind::string;
-  fail_expected(std::string(what) + (is_string ? " (names stand between double quotes)" : ""));
+  if (!at_path() || peek().text.empty())
+    fail_expected(std::string(what) + std::string(name_hint(peek())));
+  std::string path = take().text;
+  while (goes_on(path)) path += take().text;
+  return path;
+}
+
+// Quotes may stand around single names of a path: "run 1"/t, ../"run 2"/t.
+bool Parser::goes_on(const std::string& path) {
+  const Token& next = peek();
+  const bool is_piece = next.kind == TokenKind::word || next.kind == TokenKind::quoted_name;
+  return is_piece && next.position == offset_ + 1 &&
+         (path.ends_with('/') || next.text.starts_with('/'));
 }
 
 void Parser::attribute_rest(ObjectName* object) {
@@ -176,8 +195,15 @@ ObjectName Parser::expect_attribute() {
 }
 
 std::string Parser::expect_string(std::string_view what) {
-  if (peek(Mode::expression).kind != TokenKind::string) fail_expected(what, Mode::expression);
+  if (peek(Mode::expression).kind != TokenKind::string) fail_expected_value(what);
   return take(Mode::expression).text;
+}
+
+char Parser::expect_escape_character() {
+  const std::size_t position = peek(Mode::expression).position;
+  const std::string escape = expect_string("the escape character");
+  if (escape.size() != 1) throw StatementError::at(position, "Expected one escape character");
+  return escape[0];
 }
 
 std::uint64_t Parser::expect_unsigned(std::string_view what, std::uint64_t maximum) {
@@ -197,6 +223,13 @@ std::uint64_t Parser::expect_unsigned(std::string_view what, std::uint64_t maxim
   }
   take(Mode::expression);
   return value;
+}
+
+void Parser::fail_expected_value(std::string_view what) {
+  const TokenKind kind = peek(Mode::expression).kind;
+  const bool is_name = kind == TokenKind::word || kind == TokenKind::quoted_name;
+  fail_expected(std::string(what) + (is_name ? " (strings stand between single quotes)" : ""),
+                Mode::expression);
 }
 
 void Parser::fail_expected(std::string_view what, Mode mode) {

@@ -62,7 +62,8 @@ class Parser {
   /// Whether the statement ends here. Throws where something stands behind its ";".
   bool at_end(Mode mode = Mode::words);
 
-  /// A path word or a quoted name; `what` names it in the error, with its article: "a file".
+  /// A path of words and quoted names, without blanks between them; `what` names it in the error,
+  /// with its article: "a file".
   std::string expect_path(std::string_view what);
   bool at_path();
 
@@ -76,13 +77,18 @@ class Parser {
   ObjectName expect_attribute();
 
   std::string expect_string(std::string_view what);
+  /// The character behind ESCAPE, a string of one byte.
+  char expect_escape_character();
   /// An unsigned decimal or hexadecimal integer of at most `maximum`.
   std::uint64_t expect_unsigned(std::string_view what, std::uint64_t maximum = UINT64_MAX);
 
   /// Throws the error `Expected ..., found "..."` at the next token.
   [[noreturn]] void fail_expected(std::string_view what, Mode mode = Mode::words);
+  /// The same in an expression, where a string that lacks its quotes is told so.
+  [[noreturn]] void fail_expected_value(std::string_view what);
 
  private:
+  bool goes_on(const std::string& path);
   void attribute_rest(ObjectName* object);
   ObjectName file_rest(ObjectName object);
 

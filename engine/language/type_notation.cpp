@@ -54,8 +54,7 @@ Type parse_opaque(Parser& parser) {
   Type type;
   type.kind = Kind::opaque;
   type.size = type.file_size = expect_type_size(parser, "a number of bytes");
-  if (parser.accept_keyword("TAG", Mode::expression))
-    type.tag = parser.expect_string("the tag, a string");
+  if (parser.accept_keyword("TAG", Mode::expression)) type.tag = parser.expect_string("the tag");
   return type;
 }
 

@@ -3,6 +3,7 @@
 
 #include "query/element_rows.h"
 #include "query/json.h"
+#include "values/text.h"
 
 namespace kelvo {
 
@@ -111,7 +112,11 @@ void TextWriter::append_cell(const Type& type, const std::byte* element, std::st
 }
 
 void TextWriter::append_text_cell(std::string_view cell, std::string* text) const {
-  if (format_ == TextFormat::csv && cell.find_first_of(",\"\r\n") != std::string_view::npos) {
+  // In front of a file a byte order mark is taken for none of the text.
+  const bool quotes =
+      format_ == TextFormat::csv && (cell.find_first_of(",\"\r\n") != std::string_view::npos ||
+                                     cell.starts_with(byte_order_mark));
+  if (quotes) {
     *text += '"';
     for (const char byte : cell) text->append(byte == '"' ? 2 : 1, byte);
     *text += '"';

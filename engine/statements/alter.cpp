@@ -92,6 +92,7 @@ Answer alter_dataset(Parser& parser, Session& session) {
   check_rank(changes.size(), space.extents.size(), target.path);
   for (std::size_t d = 0; d < changes.size(); ++d)
     space.extents[d] = changed(space.extents[d], changes[d], space.maximum[d], d, target.path);
+  if (!space.is_countable()) refuse(target.path, "would have more elements than can be counted");
   check_done(H5Dset_extent(dataset.get(), space.extents.data()), what);
   return nullptr;
 }

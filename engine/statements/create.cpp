@@ -90,7 +90,7 @@ struct NewElements {
 NewElements parse_new_elements(Parser& parser, bool is_dataset) {
   NewElements made;
   made.type = parse_type(parser);
-  made.space = parse_optional_dimensions(parser);
+  made.space = parse_optional_dimensions(parser, is_dataset);
   if (is_dataset) made.options = parse_storage_options(parser);
   if (parser.accept_keyword("VALUES")) {
     made.values = parse_value_list(parser);

@@ -12,16 +12,12 @@ namespace kelvo {
 namespace {
 
 void parse_like(Parser& parser, ListingClauses* clauses) {
-  clauses->like = parser.expect_string("the pattern, a string");
-  if (!parser.accept_keyword("ESCAPE")) return;
-  const std::string escape = parser.expect_string("the escape, a string");
-  if (escape.size() != 1)
-    throw StatementError(Status::out_of_range, "ESCAPE takes a string of one byte");
-  clauses->escape = escape[0];
+  clauses->like = parser.expect_string("a pattern");
+  if (parser.accept_keyword("ESCAPE")) clauses->escape = parser.expect_escape_character();
 }
 
 void parse_glob(Parser& parser, ListingClauses* clauses) {
-  clauses->glob = parser.expect_string("the pattern, a string");
+  clauses->glob = parser.expect_string("a pattern");
   const bool goes_down = clauses->glob->find('/') != std::string::npos ||
                          clauses->glob->find("**") != std::string::npos;
   clauses->recursive = clauses->recursive || goes_down;

@@ -57,14 +57,8 @@ bool LikeClause::matches(const std::string& name) const { return like(pattern, n
 std::optional<LikeClause> parse_optional_like(Parser& parser) {
   if (!parser.accept_keyword("LIKE")) return std::nullopt;
   LikeClause clause;
-  clause.pattern = parser.expect_string("a pattern in quotes");
-  if (parser.accept_keyword("ESCAPE")) {
-    const std::size_t position = parser.peek(Mode::expression).position;
-    const std::string escape = parser.expect_string("a character in quotes");
-    if (escape.size() != 1)
-      throw StatementError::at(position, "Expected one character of ASCII behind ESCAPE");
-    clause.escape = escape[0];
-  }
+  clause.pattern = parser.expect_string("a pattern");
+  if (parser.accept_keyword("ESCAPE")) clause.escape = parser.expect_escape_character();
   return clause;
 }
 

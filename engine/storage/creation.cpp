@@ -15,10 +15,11 @@ namespace kelvo {
 namespace {
 
 constexpr std::size_t chosen_chunk_bytes = std::size_t{256} * 1024;
-constexpr Extent most_chunk_bytes = 0xffffffff;  // the file format's limit
-constexpr Extent most_compact_bytes = 65520;     // what an object's header takes, in 8-byte steps
-constexpr Extent most_header_bytes = 60000;      // of values for certain, beside name and type
-constexpr unsigned szip_block = 8;               // pixels; SZIP takes even numbers up to 32
+constexpr Extent most_chunk_bytes = 0xffffffff;      // the file format's limit
+constexpr Extent most_contiguous_bytes = INT64_MAX;  // what a file may have
+constexpr Extent most_compact_bytes = 65520;  // what an object's header takes, in 8-byte steps
+constexpr Extent most_header_bytes = 60000;   // of values for certain, beside name and type
+constexpr unsigned szip_block = 8;            // pixels; SZIP takes even numbers up to 32
 
 std::string cannot_set() { return "The storage of a dataset cannot be set"; }
 
@@ -76,15 +77,31 @@ void check_unchunked(const std::string& path, const Type& type, const Space& spa
   }
 }
 
+// The library makes larger ones too, which nobody can read.
+void check_size(const std::string& path, const Type& type, const Space& space, bool chunked) {
+  if (!space.is_countable()) {
+    throw StatementError(Status::out_of_range,
+                         dataset(path) + " would have more elements than can be counted");
+  }
+  if (!chunked && bytes_of(space.extents, type.file_size) > most_contiguous_bytes) {
+    throw StatementError(Status::out_of_range,
+                         dataset(path) + " is too large to be stored in one piece (at most " +
+                             std::to_string(most_contiguous_bytes) + " bytes)");
+  }
+}
+
 void set_layout(hid_t list, const std::string& path, const Type& type, const Space& space,
                 const StorageOptions& options) {
-  if (options.layout == Layout::contiguous || options.layout == Layout::compact) {
+  const bool unchunked = options.layout == Layout::contiguous || options.layout == Layout::compact;
+  const bool chunked = !unchunked && (options.layout == Layout::chunked ||
+                                      !options.filters.empty() || can_grow(space));
+  check_size(path, type, space, chunked);
+  if (unchunked) {
     check_unchunked(path, type, space, options);
     const H5D_layout_t layout = options.layout == Layout::compact ? H5D_COMPACT : H5D_CONTIGUOUS;
     return check_done(H5Pset_layout(list, layout), cannot_set);
   }
-  const bool chunked = options.layout == Layout::chunked || !options.filters.empty();
-  if (!chunked && !can_grow(space)) return;
+  if (!chunked) return;
   if (space.extents.empty()) {
     throw StatementError(Status::wrong_kind,
                          dataset(path) + " is scalar, so it has neither chunks nor filters");

@@ -46,14 +46,9 @@ std::string cannot_read(const ElementPlace& place) { return place.name + " canno
 std::string damaged(const ElementPlace& place) { return place.name + " is damaged: "; }
 
 void check_countable(const ElementPlace& place) {
-  Extent count = 1;
-  for (const Extent extent : place.space.extents) {
-    if (extent != 0 && count > std::numeric_limits<Extent>::max() / extent) {
-      throw StatementError(Status::hdf5_refused,
-                           damaged(place) + "its extents make more elements than can be counted");
-    }
-    count *= extent;
-  }
+  if (place.space.is_countable()) return;
+  throw StatementError(Status::hdf5_refused,
+                       damaged(place) + "its extents make more elements than can be counted");
 }
 
 void check_size(const ElementPlace& place) {

@@ -19,8 +19,23 @@ namespace {
 }
 
 [[noreturn]] void refuse_kind(const Literal& literal, const Type& type) {
+  const std::string hint =
+      type.kind == Kind::compound ? " (one is written (1, 'a') or {id: 1, name: 'a'})" : "";
   throw StatementError(Status::wrong_kind,
-                       "Value " + describe(literal) + " is no value of " + type_name(type));
+                       "Value " + describe(literal) + " is no value of " + type_name(type) + hint);
+}
+
+[[noreturn]] void refuse_name(const Literal& literal, const Type& type) {
+  constexpr std::size_t most_listed = 8;
+  std::string hint = "SHOW MEMBER lists its names";
+  if (type.names.size() <= most_listed) {
+    hint.clear();
+    for (const EnumName& one : type.names)
+      hint += (hint.empty() ? "its names: " : ", ") + string_literal(one.name);
+  }
+  throw StatementError(Status::out_of_range, type_name(type) + " has no value " +
+                                                 describe(literal) +
+                                                 (hint.empty() ? "" : " (" + hint + ")"));
 }
 
 void store(const void* value, std::size_t size, std::byte* element) {
@@ -108,7 +123,7 @@ void encode_enumeration(const Type& type, const Literal& literal, std::byte* ele
     const auto name =
         std::find_if(type.names.begin(), type.names.end(),
                      [&literal](const EnumName& one) { return one.name == literal.text; });
-    if (name == type.names.end()) refuse_fit(literal, type);
+    if (name == type.names.end()) refuse_name(literal, type);
     bits = name->bits;
   } else {
     bits = integer_bits(literal, type, type.is_signed);

@@ -22,6 +22,15 @@ struct Space {
     for (const Extent extent : extents) count *= extent;
     return count;
   }
+  /// Whether an Extent holds the number of elements.
+  [[nodiscard]] bool is_countable() const {
+    Extent count = 1;
+    for (const Extent extent : extents) {
+      if (extent != 0 && count > unlimited / extent) return false;
+      count *= extent;
+    }
+    return true;
+  }
 };
 
 }  // namespace kelvo

@@ -107,6 +107,27 @@ void append_reference(const Type& type, const std::byte* element, const Referenc
   *text += nested ? (name.empty() ? "NULL" : string_literal(name)) : name;
 }
 
+// With E in front and escapes where there are control bytes, so that it stays on one line.
+std::string between_quotes(std::string_view text, char quote) {
+  const bool escape = std::any_of(text.begin(), text.end(), [](char c) {
+    return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
+  });
+  std::string written = escape ? "E" : "";
+  written += quote;
+  for (const char c : text) {
+    const auto code = static_cast<unsigned char>(c);
+    if (c == quote || (escape && c == '\\')) {
+      written.append(2, c);
+    } else if (code < 0x20 || code == 0x7f) {
+      written += "\\x";
+      append_hex(code, &written);
+    } else {
+      written += c;
+    }
+  }
+  return written + quote;
+}
+
 }  // namespace
 
 std::string_view without_padding(const Type& type, const std::byte* element) {
@@ -153,26 +174,9 @@ void append_number(const Type& type, const std::byte* element, std::string* text
   text->append(digits.data(), number_writer(type)(element, digits.data()));
 }
 
-std::string string_literal(std::string_view text) {
-  const bool escape = std::any_of(text.begin(), text.end(), [](char c) {
-    return static_cast<unsigned char>(c) < 0x20 || c == 0x7f;
-  });
-  std::string literal = escape ? "E'" : "'";
-  for (const char c : text) {
-    const auto code = static_cast<unsigned char>(c);
-    if (c == '\'') {
-      literal += "''";
-    } else if (escape && c == '\\') {
-      literal += "\\\\";
-    } else if (code < 0x20 || code == 0x7f) {
-      literal += "\\x";
-      append_hex(code, &literal);
-    } else {
-      literal += c;
-    }
-  }
-  return literal + "'";
-}
+std::string string_literal(std::string_view text) { return between_quotes(text, '\''); }
+
+std::string quoted_name(std::string_view name) { return between_quotes(name, '"'); }
 
 void append_plain(const Type& type, const std::byte* element, const ReferenceNamer& namer,
                   std::string* text) {

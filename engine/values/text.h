@@ -47,4 +47,10 @@ void append_nested(const Type& type, const std::byte* element, const ReferenceNa
 /// A string literal of the statement language: '...' or, where it holds control bytes, E'...'.
 std::string string_literal(std::string_view text);
 
+/// A quoted name of the statement language: "..." or, where it holds control bytes, E"...".
+std::string quoted_name(std::string_view name);
+
+/// What some programs write in front of UTF-8 text in files. It is no part of the text.
+constexpr std::string_view byte_order_mark = "\xef\xbb\xbf";
+
 }  // namespace kelvo

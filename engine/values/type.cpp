@@ -56,12 +56,6 @@ bool is_plain_name(const std::string& name) {
   });
 }
 
-std::string doubled(const std::string& text, char quote) {
-  std::string out(1, quote);
-  for (const char c : text) out.append(c == quote ? 2 : 1, c);
-  return out + quote;
-}
-
 std::string extents_text(const std::vector<std::uint64_t>& extents) {
   std::string text = "[";
   for (const std::uint64_t extent : extents) {
@@ -213,7 +207,7 @@ std::int32_t list_code(const Type& element) {
 }
 
 std::string written_name(const std::string& name) {
-  return is_plain_name(name) ? name : doubled(name, '"');
+  return is_plain_name(name) ? name : quoted_name(name);
 }
 
 std::string notation(const Type& type) {

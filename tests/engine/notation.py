@@ -11,7 +11,7 @@ TOKEN = re.compile(r"""
   | (?P<escaped>[Ee]'(?:[^'\\]|''|\\.)*')
   | (?P<bytes>[Xx]'[0-9a-fA-F]*')
   | (?P<string>'(?:[^']|'')*')
-  | (?P<name>"(?:[^"]|"")*")
+  | (?P<name>"(?:[^"]|"")*"|[Ee]"(?:[^"\\]|""|\\.)*")
   | (?P<number>-?(?:\d+(?:\.\d*)?(?:[eE][-+]?\d+)?|inf)|nan)(?=[\],}\s]|$)
   | (?P<word>[^\W\d][\w]*)
   | (?P<symbol>[][{}:,])
@@ -74,7 +74,7 @@ class Reader:
             kind, name = self.take()
             assert kind in ("word", "name"), name
             self.expect(":")
-            members[name if kind == "word" else name[1:-1].replace('""', '"')] = self.value()
+            members[name if kind == "word" else unquoted_name(name)] = self.value()
         self.expect("}")
         return members
 
@@ -87,6 +87,11 @@ class Reader:
             items.append(self.value())
         self.expect("]")
         return items
+
+
+def unquoted_name(text):
+    text = text.replace('""', '"')
+    return text[1:-1] if text[0] == '"' else unescape(text[2:-1])
 
 
 def unescape(text):

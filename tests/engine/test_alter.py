@@ -36,6 +36,7 @@ def test_relative_extents(x):
     ("[11, 3]", 'Dataset "/x" has at most extent 10 in dimension 0'),
     ("[+7, 3]", 'Dataset "/x" has at most extent 10 in dimension 0'),
     ("[4, -4]", 'Dataset "/x" has extent 3 in dimension 1, too little for -4'),
+    (f"[10, {2**63}]", 'Dataset "/x" would have more elements than can be counted'),
     ("[4]", 'Dataset "/x" has 2 dimensions, 1 is given'),
     ("[4, 3, 2]", 'Dataset "/x" has 2 dimensions, 3 are given')])
 def test_extents_out_of_range(kelvo, x, dimensions, message):

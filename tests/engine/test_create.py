@@ -235,6 +235,12 @@ def test_options_that_are_no_statement(file, options, position, message):
 
 
 @pytest.mark.parametrize("rest, status, message", [
+    ("INT [9223372036854775807, 3]", -6, 'Dataset "/p/x" would have more elements than can be counted'),
+    ("INT [9223372036854775807, 3] CHUNK [1, 1]", -6, 'Dataset "/p/x" would have more elements than can be counted'),
+    ("SMALLINT [4611686018427387904]", -6,
+     'Dataset "/p/x" is too large to be stored in one piece (at most 9223372036854775807 bytes)'),
+    ("SMALLINT [4611686018427387904] CONTIGUOUS", -6,
+     'Dataset "/p/x" is too large to be stored in one piece (at most 9223372036854775807 bytes)'),
     ("INT [3] DEFLATE 10", -6, "Value 10 is too large for the level of DEFLATE (at most 9)"),
     ("INT [3] CHUNK [2, 2]", -6, 'CHUNK has 2 extents, dataset "/p/x" has 1 dimension'),
     ("INT [3] CHUNK [4]", -6, "Chunk extent 4 is larger than the maximum 3 of dimension 0"),
@@ -280,6 +286,8 @@ def test_attribute_errors(file):
     assert file.error("CREATE ATTRIBUTE g INT") == (-1, 'Expected "@" and the name of an attribute, found "INT"', 20)
     assert file.error("CREATE ATTRIBUTE g@b INT CHUNK [1]") == (
         -1, 'Expected VALUES or the end of the statement, found "CHUNK"', 26)
+    assert file.error("CREATE ATTRIBUTE g@b INT [2 TO 3]") == (
+        -1, 'Expected "]" (an attribute cannot grow), found "TO"', 29)
     assert file.error("CREATE ATTRIBUTE g@b TINYINT VALUES (300)") == (-6, "Value 300 does not fit TINYINT")
     assert file.error("CREATE ATTRIBUTE g@b DOUBLE [10000] VALUES (1)") == (
         -6, 'Attribute "/g@b" has 80000 bytes, more than its object takes (64 KiB; an object made after '

@@ -101,8 +101,9 @@ def test_group_in_use_is_not_dropped(file):
 
 def test_what_is_no_statement(file):
     assert file.error("DROP DATASET") == (-1, "Expected a dataset or LIKE, found the end of the statement", 13)
-    assert file.error("DROP DATASET g LIKE x") == (-1, 'Expected a pattern in quotes, found "x"', 21)
-    assert file.error("DROP DATASET g LIKE 'x' ESCAPE 'ab'") == (-1, "Expected one character of ASCII behind ESCAPE", 32)
+    assert file.error("DROP DATASET g LIKE x") == (
+        -1, 'Expected a pattern (strings stand between single quotes), found "x"', 21)
+    assert file.error("DROP DATASET g LIKE 'x' ESCAPE 'ab'") == (-1, "Expected one escape character", 32)
     assert file.error("DROP ATTRIBUTE g") == (
         -1, 'Expected "@" and the name of an attribute, or LIKE, found the end of the statement', 17)
     assert file.error("DROP GROUP g RECURSIVE") == (-1, 'Expected the end of the statement, found "RECURSIVE"', 14)

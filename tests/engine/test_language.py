@@ -66,6 +66,39 @@ def test_names_between_single_quotes(file, statement, position, message):
     assert file.error("USE FILE a.h5", statement) == (-1, message, position)
 
 
+@pytest.mark.parametrize(("statement", "position", "what"), [
+    ("USE FILE in", 10, "a file"), ("SELECT * FROM to", 15, "a dataset or attribute"),
+    ("RENAME DATASET x TO values", 21, "a new name"),
+])
+def test_keywords_as_names(file, statement, position, what):
+    word = statement.split()[-1]
+    assert file.error("USE FILE a.h5", statement) == (
+        -1, f'Expected {what} (between double quotes a keyword is a name), found "{word}"', position)
+
+
+def test_names_without_quotes_for_strings(file):
+    for value, text in (("iron", "iron"), ('"iron"', '"iron"')):
+        assert file.error("USE FILE a.h5", f"INSERT INTO t VALUES ({value})") == (
+            -1, f'Expected a value (strings stand between single quotes), found "{text}"', 23)
+
+
+PATHS = {'"my run"/"a b"/x': "my run/a b/x", '/"my run"/y': "my run/y", '"my run"/E"line\\nend"': "my run/line\nend",
+         'E"\\ttab/x"': "\ttab/x", '"IN"/TO': "IN/TO"}
+
+
+@pytest.mark.parametrize("written", PATHS)
+def test_quotes_around_the_names_of_a_path(file, written):
+    file.rows("USE FILE a.h5", f"CREATE DATASET {written} INT VALUES (5)", f"CREATE ATTRIBUTE {written}@\"u 1\" INT VALUES (6)")
+    with h5py.File(file.path("a.h5")) as made:
+        assert made[PATHS[written]][()] == 5 and made[PATHS[written]].attrs["u 1"] == 6
+    assert file.rows("USE FILE a.h5", f"SELECT * FROM {written}", f'SELECT * FROM {written}@"u 1"') == ["5", "6"]
+
+
+def test_quotes_around_a_part_of_a_name(file):
+    assert file.error("USE FILE a.h5", 'SELECT * FROM "x"y') == (-1, 'Expected the end of the statement, found "y"', 18)
+    assert file.error("USE FILE a.h5", 'SELECT * FROM "x" /y') == (-1, 'Expected the end of the statement, found "/"', 19)
+
+
 def test_strings_between_double_quotes(file):
     assert file.error("USE FILE a.h5", 'SELECT name FROM t WHERE name = "iron"') == (
         -3, 'Dataset "/t" has no member "iron" (SHOW MEMBER lists them; a string stands between single quotes)')

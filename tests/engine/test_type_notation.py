@@ -111,6 +111,9 @@ TYPES = {
     "COMPOUND (a COMPOUND (id UNSIGNED SMALLINT BIG ENDIAN, \"two words\" FLOAT BIG ENDIAN), b VARCHAR [2, 3], "
     "c VARINT)": compound(a=PAIR, b=h5t.array_create(string(h5t.VARIABLE, h5t.STR_NULLTERM, h5t.CSET_UTF8), (2, 3)),
                           c=h5t.vlen_create(h5t.STD_I32LE)),
+    'COMPOUND (E"line\\x0aend" FLOAT, E"\\x09""\\\\" INT, "\\" INT)':
+        compound(**{"line\nend": h5t.IEEE_F32LE, '\t"\\': h5t.STD_I32LE, "\\": h5t.STD_I32LE}),
+    'ENUMERATION (E"\\x01" = 3) OF TINYINT': enumeration(h5t.STD_I8LE, **{"\x01": 3}),
     "ARRAY [2, 3] OF SMALLINT": h5t.array_create(h5t.STD_I16LE, (2, 3)),
     "ARRAY [2] OF ARRAY [3] OF CHAR(4)":
         h5t.array_create(h5t.array_create(string(4, h5t.STR_NULLPAD, h5t.CSET_UTF8), (3,)), (2,)),
@@ -187,11 +190,12 @@ def test_types_that_cannot_be_made(kelvo, text, status, message):
 
 @pytest.mark.parametrize("text, position, message", [
     ("INTEGER", 18, 'Expected a data type (HELP DATA TYPE lists them), found "INTEGER"'),
+    ("SMALLINT UNSIGNED", 27, 'Expected UNSIGNED in front of the type, found "UNSIGNED"'),
     ("UNSIGNED FLOAT", 27, 'Expected an integer type, found "FLOAT"'),
     ("CHAR", 22, 'Expected "(", found the end of the statement'),
     ("CHAR(x)", 23, 'Expected a number of bytes, found "x"'),
     ("CHAR(5) CHARSET LATIN1", 34, 'Expected ASCII or UTF8, found "LATIN1"'),
-    ("OPAQUE(5) TAG x", 32, 'Expected the tag, a string, found "x"'),
+    ("OPAQUE(5) TAG x", 32, 'Expected the tag (strings stand between single quotes), found "x"'),
     ("INT PRECISION", 31, "Expected a number of bits or bytes, found the end of the statement"),
     ("ENUMERATION ()", 31, 'Expected the name of a value, found ")"'),
     ("ENUMERATION (A) OF FLOAT", 37, 'Expected an integer type, found "FLOAT"'),

@@ -124,7 +124,8 @@ TEST(Expression, ErrorsSayWhatWasExpected) {
   EXPECT_EQ("6 Expected NAN, found \"NULL\"", error_of("a IS NULL"));
   EXPECT_EQ("9 Expected \")\", found the end of the statement", error_of("(a = 1  "));
   EXPECT_EQ("6 Expected a value, found a condition", error_of("a = (b = c)"));
-  EXPECT_EQ("8 Expected a pattern between single quotes, found \"b\"", error_of("a LIKE b"));
+  EXPECT_EQ("8 Expected a pattern (strings stand between single quotes), found \"b\"",
+            error_of("a LIKE b"));
   EXPECT_EQ("19 Expected one escape character", error_of("a LIKE 'b' ESCAPE 'xy'"));
   EXPECT_EQ("1 Expected an attribute (@name) or a value, found \"units\"",
             error_of("units = 'K'", NameForm::attribute));

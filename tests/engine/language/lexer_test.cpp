@@ -68,6 +68,12 @@ TEST(Lexer, EscapesStandForTheirBytes) {
             first(R"(E'\n\t\r\\\'\"\0\x41\u00e9\u6f22')").text);
 }
 
+TEST(Lexer, NamesMayBeEscapedToo) {
+  EXPECT_EQ("a\nb\"c'\"", first(R"(E"a\nb\"c'""")").text);
+  EXPECT_EQ(TokenKind::quoted_name, first(R"(e"a")", Mode::words).kind);
+  EXPECT_EQ(Texts({"E", "a", "E"}), tokens(R"(E E"a" E)", Mode::words));
+}
+
 TEST(Lexer, BytesAreHexadecimalPairs) {
   EXPECT_EQ(std::string("\0\xff", 2), first("X'00fF'").text);
   EXPECT_EQ(TokenKind::bytes, first("x''").kind);
@@ -99,6 +105,10 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Mistake{"a 'b", 3, "String is not closed"},
         Mistake{"a \"b", 3, "Quoted name is not closed"},
+        Mistake{"a E\"b", 3, "Quoted name is not closed"},
+        Mistake{R"(E"a\0")", 4, "Expected no null byte in a name"},
+        Mistake{R"(E"\u0000")", 3, "Expected no null byte in a name"},
+        Mistake{R"(E"\q")", 3, R"(Expected one of the escapes \n \t \r \\ \' \" \0 \xHH \uXXXX)"},
         Mistake{"X'00", 1, "String of bytes is not closed"},
         Mistake{"X'0'", 3, "Expected pairs of hexadecimal digits in X'...'"},
         Mistake{"E'a\\q'", 4, R"(Expected one of the escapes \n \t \r \\ \' \" \0 \xHH \uXXXX)"},
