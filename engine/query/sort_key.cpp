@@ -2,25 +2,35 @@
 // byte in it is followed by 0xFF, so that a longer text is behind its beginning.
 #include "query/sort_key.h"
 
+#include <array>
 #include <bit>
 #include <cmath>
-#include <cstdint>
 #include <string_view>
 
 namespace kelvo {
 namespace {
 
 constexpr std::uint64_t sign = std::uint64_t{1} << 63U;
+constexpr std::uint64_t last = ~std::uint64_t{0};
 
-void append_number_key(std::uint64_t bits, std::string* key) {
-  for (unsigned shift = 64; shift > 0; shift -= 8)
-    key->push_back(static_cast<char>(bits >> (shift - 8)));
+std::uint64_t number_key(std::int64_t value, std::uint64_t flip) {
+  return static_cast<std::uint64_t>(value) ^ sign ^ flip;
 }
 
-std::uint64_t real_bits(double value) {
+std::uint64_t number_key(std::uint64_t value, std::uint64_t flip) { return value ^ flip; }
+
+std::uint64_t number_key(double value, std::uint64_t flip) {
+  if (std::isnan(value)) return last;
   // Both zeros are one.
   const auto bits = std::bit_cast<std::uint64_t>(value == 0 ? 0.0 : value);
-  return (bits & sign) != 0 ? ~bits : bits ^ sign;
+  return ((bits & sign) != 0 ? ~bits : bits ^ sign) ^ flip;
+}
+
+template <typename Number>
+void column_keys(const void* column, std::size_t count, bool descending, std::uint64_t* keys) {
+  const auto* values = static_cast<const Number*>(column);
+  const std::uint64_t flip = descending ? last : 0;
+  for (std::size_t i = 0; i < count; ++i) keys[i] = number_key(values[i], flip);
 }
 
 void append_text_key(std::string_view text, bool descending, std::string* key) {
@@ -36,26 +46,34 @@ void append_text_key(std::string_view text, bool descending, std::string* key) {
 
 }  // namespace
 
+void number_keys(Domain domain, const void* column, std::size_t count, bool descending,
+                 std::uint64_t* keys) {
+  if (domain == Domain::signed_integer)
+    return column_keys<std::int64_t>(column, count, descending, keys);
+  if (domain == Domain::unsigned_integer)
+    return column_keys<std::uint64_t>(column, count, descending, keys);
+  column_keys<double>(column, count, descending, keys);
+}
+
 void append_key(Domain domain, const void* column, std::size_t i, bool descending,
                 std::string* key) {
-  std::uint64_t bits = 0;
-  switch (domain) {
-    case Domain::signed_integer:
-      bits = static_cast<std::uint64_t>(static_cast<const std::int64_t*>(column)[i]) ^ sign;
-      break;
-    case Domain::unsigned_integer:
-      bits = static_cast<const std::uint64_t*>(column)[i];
-      break;
-    case Domain::real: {
-      const double value = static_cast<const double*>(column)[i];
-      if (std::isnan(value)) return append_number_key(~std::uint64_t{0}, key);
-      bits = real_bits(value);
-      break;
-    }
-    case Domain::text:
-      return append_text_key(static_cast<const std::string_view*>(column)[i], descending, key);
+  if (domain == Domain::text)
+    return append_text_key(static_cast<const std::string_view*>(column)[i], descending, key);
+  std::uint64_t number = 0;
+  number_keys(domain, static_cast<const std::uint64_t*>(column) + i, 1, descending, &number);
+  std::array<char, sizeof number> bytes{};
+  for (char& byte : bytes) {
+    byte = static_cast<char>(number >> 56U);
+    number <<= 8U;
   }
-  append_number_key(descending ? ~bits : bits, key);
+  key->append(bytes.data(), bytes.size());
+}
+
+std::uint64_t number_of(std::string_view key) {
+  std::uint64_t number = 0;
+  for (std::size_t i = 0; i < sizeof number; ++i)
+    number = number << 8U | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0U);
+  return number;
 }
 
 }  // namespace kelvo

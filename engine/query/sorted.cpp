@@ -2,6 +2,8 @@
 #include "query/sorted.h"
 
 #include <algorithm>
+#include <limits>
+#include <optional>
 #include <utility>
 
 #include "query/sort_key.h"
@@ -11,26 +13,43 @@ namespace {
 
 constexpr std::size_t block_bytes = std::size_t{512} * 1024;
 
+std::vector<OperandPointer> compile_keys(const QueryRun& run) {
+  std::vector<OperandPointer> keys;
+  for (const OrderKey& key : run.query.order) keys.push_back(compile_value(key.value, run.scope));
+  return keys;
+}
+
+// Numbers make keys of one size, and elements without varying parts payloads of one.
+RecordLayout layout_of(const std::vector<OperandPointer>& keys, const Type& type) {
+  const bool has_texts = std::any_of(keys.begin(), keys.end(), [](const OperandPointer& key) {
+    return key->domain() == Domain::text;
+  });
+  const bool is_small = type.size <= std::numeric_limits<std::uint32_t>::max();
+  if (has_texts || type.has_varying_parts() || !is_small) return RecordLayout(std::nullopt);
+  const std::size_t rest = (keys.size() - 1) * sizeof(std::uint64_t);
+  return RecordLayout(
+      RecordSizes{static_cast<std::uint32_t>(rest), static_cast<std::uint32_t>(type.size)});
+}
+
 }  // namespace
 
 Sorted::Sorted(QueryRunPointer run, std::uint64_t wanted)
     : run_(std::move(run)),
-      sorter_(wanted),
-      is_varying_(run_->projection->type().has_varying_parts()) {
-  for (const OrderKey& key : run_->query.order)
-    keys_.push_back(compile_value(key.value, run_->scope));
-}
+      keys_(compile_keys(*run_)),
+      is_varying_(run_->projection->type().has_varying_parts()),
+      sorter_(wanted, layout_of(keys_, run_->projection->type())) {}
 
 bool Sorted::next(Elements& elements) {
   if (!is_read_) read();
-  bytes_.clear();
   parts_.clear();
+  const std::size_t size = type().size;
+  const std::size_t most = std::max<std::size_t>(1, block_bytes / size);
+  bytes_.resize(most * size);
   std::size_t count = 0;
-  SortRecord record;
-  while (bytes_.size() < block_bytes && sorter_.next(&record)) {
-    unpack_one(record.payload);
-    ++count;
-  }
+  std::string_view payload;
+  while (count < most && sorter_.next(&payload))
+    unpack_one(payload, bytes_.data() + count++ * size);
+  bytes_.resize(count * size);
   elements = {bytes_.data(), count, is_varying_ ? nullptr : &bytes_};
   return count > 0;
 }
@@ -51,31 +70,41 @@ void Sorted::add_batch(const Batch& batch, const Mask* selected) {
   if (run_->projection->append(batch, selected, &bytes_) == 0) return;
   columns_.clear();
   for (const OperandPointer& key : keys_) columns_.push_back(key->evaluate(batch, selected));
+  if (keys_[0]->domain() != Domain::text) {
+    number_keys(keys_[0]->domain(), columns_[0], batch.count, run_->query.order[0].descending,
+                numbers_.data());
+  }
   const std::byte* element = bytes_.data();
   for (std::size_t i = 0; i < batch.count; ++i) {
     if (selected[i] == 0) continue;
-    key_.clear();
-    for (std::size_t k = 0; k < keys_.size(); ++k)
-      append_key(keys_[k]->domain(), columns_[k], i, run_->query.order[k].descending, &key_);
-    std::string_view payload(reinterpret_cast<const char*>(element), type().size);
-    if (is_varying_) {
-      payload_.clear();
-      append_packed(type(), element, &payload_);
-      payload = payload_;
-    }
-    sorter_.add(key_, payload);
+    sorter_.add(key_of(i), packed(element));
     element += type().size;
   }
 }
 
-void Sorted::unpack_one(std::string_view payload) {
-  const std::size_t begin = bytes_.size();
-  bytes_.resize(begin + type().size);
+// Of element i of the batch.
+SortKey Sorted::key_of(std::size_t i) {
+  const bool begins_with_text = keys_[0]->domain() == Domain::text;
+  key_.clear();
+  for (std::size_t k = begins_with_text ? 0 : 1; k < keys_.size(); ++k)
+    append_key(keys_[k]->domain(), columns_[k], i, run_->query.order[k].descending, &key_);
+  if (!begins_with_text) return {numbers_[i], key_};
+  const std::string_view whole = key_;
+  return {number_of(whole), whole.substr(std::min(whole.size(), sizeof(std::uint64_t)))};
+}
+
+std::string_view Sorted::packed(const std::byte* element) {
+  if (!is_varying_) return {reinterpret_cast<const char*>(element), type().size};
+  payload_.clear();
+  append_packed(type(), element, &payload_);
+  return payload_;
+}
+
+void Sorted::unpack_one(std::string_view payload, std::byte* element) {
   if (is_varying_) {
-    unpack(type(), payload.data(), bytes_.data() + begin, &parts_);
+    unpack(type(), payload.data(), element, &parts_);
   } else {
-    std::copy_n(reinterpret_cast<const std::byte*>(payload.data()), payload.size(),
-                bytes_.data() + begin);
+    copy_record(reinterpret_cast<char*>(element), payload.data(), payload.size());
   }
 }
 

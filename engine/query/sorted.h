@@ -1,7 +1,10 @@
 // The elements that a query selects, in the order that ORDER BY asks for.
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "query/element_source.h"
@@ -22,14 +25,17 @@ class Sorted : public ElementSource {
  private:
   void read();
   void add_batch(const Batch& batch, const Mask* selected);
-  void unpack_one(std::string_view payload);
+  SortKey key_of(std::size_t i);
+  std::string_view packed(const std::byte* element);
+  void unpack_one(std::string_view payload, std::byte* element);
 
   QueryRunPointer run_;
   std::vector<OperandPointer> keys_;
-  Sorter sorter_;
   bool is_varying_;
+  Sorter sorter_;  // behind what tells how large records are
   bool is_read_ = false;
-  std::vector<const void*> columns_;  // of the keys of a batch
+  std::vector<const void*> columns_;               // of the keys of a batch
+  std::array<std::uint64_t, batch_size> numbers_;  // of its first keys, where they are numbers
   std::string key_;
   std::string payload_;
   std::vector<std::byte> bytes_;

@@ -1,12 +1,10 @@
-// Sorting in memory and merging from the file.
+// Sorting in memory, and what goes to the file.
 #include "query/sorter.h"
 
 #include <algorithm>
-#include <array>
-#include <cstring>
-#include <limits>
+#include <utility>
 
-#include "error.h"
+#include "query/radix_sort.h"
 
 namespace kelvo {
 namespace {
@@ -14,161 +12,115 @@ namespace {
 // So many that throwing some away is worth sorting them.
 constexpr std::size_t few_entries = 4096;
 
-struct RecordSizes {
-  std::uint32_t key;
-  std::uint32_t payload;
-};
+// So many that how large records are can be told.
+constexpr std::size_t entries_to_judge = 65536;
 
-std::uint64_t prefix_of(std::string_view key) {
-  std::uint64_t prefix = 0;
-  for (std::size_t i = 0; i < 8; ++i)
-    prefix = prefix << 8U | (i < key.size() ? static_cast<unsigned char>(key[i]) : 0U);
-  return prefix;
-}
+// An entry and its place in the scratch memory.
+constexpr std::size_t entry_bytes = 2 * sizeof(SortEntry);
 
-std::uint32_t checked_size(std::size_t size) {
-  if (size > std::numeric_limits<std::uint32_t>::max())
-    throw StatementError(Status::no_memory, "ORDER BY cannot hold a value of more than 4 GiB");
-  return static_cast<std::uint32_t>(size);
-}
+// How long before its use a record is asked for.
+constexpr std::size_t entries_ahead = 32;
 
 }  // namespace
 
-void Sorter::add(std::string_view key, std::string_view payload) {
-  if (is_bounded_ && key >= bound_) return;
-  entries_.push_back(
-      {prefix_of(key), memory_.size(), checked_size(key.size()), checked_size(payload.size())});
-  memory_.append(key);
-  memory_.append(payload);
+void Sorter::add(const SortKey& key, std::string_view payload) {
+  if (is_bounded_ && is_too_late(key)) return;
+  entries_.push_back({key.number, static_cast<std::uint32_t>(records_.size())});
+  layout_.append(key.rest, payload, &records_);
+  if (entries_.size() == entries_to_judge) reserve();
   if (entries_.size() >= few_entries && entries_.size() / 2 >= wanted_) return keep_wanted();
-  if (memory_.size() + entries_.size() * sizeof(Entry) >= memory_bytes) spill();
+  if (is_full()) spill();
 }
 
-std::string_view Sorter::key_of(const Entry& entry) const {
-  return std::string_view(memory_).substr(entry.offset, entry.key_size);
+bool Sorter::is_too_late(const SortKey& key) const {
+  if (key.number != bound_number_) return key.number > bound_number_;
+  return key.rest >= bound_rest_;
 }
 
-bool Sorter::is_before(const Entry& one, const Entry& other) const {
-  if (one.prefix != other.prefix) return one.prefix < other.prefix;
-  if (one.key_size > 8 || other.key_size > 8) {
-    const int order = key_of(one).compare(key_of(other));
-    if (order != 0) return order < 0;
-  }
-  return one.offset < other.offset;  // as they were added
+bool Sorter::is_full() const {
+  return records_.size() + entries_.size() * entry_bytes >= memory_bytes;
+}
+
+// At once, for all that will fit: growing in steps would hold old and new memory side by side.
+void Sorter::reserve() {
+  const std::size_t record = records_.size() / entries_.size();
+  const std::size_t most = memory_bytes / (record + entry_bytes) + 1;
+  if (most <= entries_.size()) return;
+  entries_.reserve(most);
+  records_.reserve(most * record);
 }
 
 void Sorter::sort() {
-  std::sort(entries_.begin(), entries_.end(),
-            [this](const Entry& one, const Entry& other) { return is_before(one, other); });
+  sort_by_number(&entries_, &scratch_);
+  if (layout_.has_rests()) sort_ties();
+}
+
+// Where numbers are equal the rest of the key decides, then who came first.
+void Sorter::sort_ties() {
+  const auto is_before = [this](const SortEntry& one, const SortEntry& other) {
+    const int order = key_of(one).rest.compare(key_of(other).rest);
+    return order != 0 ? order < 0 : one.offset < other.offset;
+  };
+  for (auto begin = entries_.begin(); begin != entries_.end();) {
+    const auto end = std::find_if(begin + 1, entries_.end(), [begin](const SortEntry& entry) {
+      return entry.number != begin->number;
+    });
+    if (end - begin > 1) std::sort(begin, end, is_before);
+    begin = end;
+  }
 }
 
 void Sorter::keep_wanted() {
   sort();
   if (entries_.size() > wanted_) entries_.resize(static_cast<std::size_t>(wanted_));
   std::string kept;
-  for (Entry& entry : entries_) {
-    const std::size_t offset = kept.size();
-    kept.append(memory_, entry.offset, std::size_t{entry.key_size} + entry.payload_size);
-    entry.offset = offset;
+  for (SortEntry& entry : entries_) {
+    const char* record = record_of(entry);
+    entry.offset = static_cast<std::uint32_t>(kept.size());
+    kept.append(record, layout_.size_at(record));
   }
-  memory_ = std::move(kept);
+  records_ = std::move(kept);
   // A record that comes later must be before the last one kept.
   is_bounded_ = true;
-  bound_ = entries_.empty() ? std::string() : std::string(key_of(entries_.back()));
+  const SortKey bound = entries_.empty() ? SortKey() : key_of(entries_.back());
+  bound_number_ = bound.number;
+  bound_rest_ = bound.rest;
 }
 
 void Sorter::spill() {
   sort();
-  Part part{};
-  part.at = file_.size();
-  std::string buffer;
-  for (const Entry& entry : entries_) {
-    const RecordSizes sizes{entry.key_size, entry.payload_size};
-    buffer.append(reinterpret_cast<const char*>(&sizes), sizeof sizes);
-    buffer.append(memory_, entry.offset, std::size_t{entry.key_size} + entry.payload_size);
-    if (buffer.size() < (std::size_t{1} << 20U)) continue;
-    file_.append(buffer.data(), buffer.size());
-    buffer.clear();
+  const std::uint64_t begin = file_.size();
+  PartWriter part(&file_);
+  for (std::size_t i = 0; i < entries_.size(); ++i) {
+    // Records lie in the order in which they came, so that each is far from the one before it.
+    if (i + entries_ahead < entries_.size())
+      __builtin_prefetch(record_of(entries_[i + entries_ahead]));
+    const char* record = record_of(entries_[i]);
+    part.add(entries_[i].number, record, layout_.size_at(record));
   }
-  file_.append(buffer.data(), buffer.size());
-  part.end = file_.size();
-  parts_.push_back(std::move(part));
-  memory_.clear();
+  part.finish();
+  merge_.add_part(begin, file_.size());
+  records_.clear();
   entries_.clear();
 }
 
 void Sorter::finish() {
-  if (parts_.empty()) return sort();
-  if (!entries_.empty()) spill();
-  memory_ = {};
-  entries_ = {};
-  window_bytes_ = std::max<std::size_t>(memory_bytes / parts_.size(), std::size_t{16} * 1024);
-  for (std::size_t i = 0; i < parts_.size(); ++i) {
-    if (next_of(&parts_[i])) heap_.push_back(i);
+  if (merge_.is_empty()) {
+    sort();
+  } else {
+    if (!entries_.empty()) spill();
+    records_ = {};
+    entries_ = {};
+    merge_.start();
   }
-  std::make_heap(heap_.begin(), heap_.end(),
-                 [this](std::size_t one, std::size_t other) { return part_is_behind(one, other); });
+  scratch_ = {};
 }
 
-bool Sorter::next(SortRecord* record) {
-  if (!parts_.empty()) return next_merged(record);
+bool Sorter::next(std::string_view* payload) {
+  if (!merge_.is_empty()) return merge_.next(payload);
   if (next_ == entries_.size()) return false;
-  const Entry& entry = entries_[next_++];
-  const std::string_view memory(memory_);
-  record->key = key_of(entry);
-  record->payload = memory.substr(entry.offset + entry.key_size, entry.payload_size);
+  *payload = layout_.payload_at(record_of(entries_[next_++]));
   return true;
-}
-
-// Parts were spilled in the order in which records were added, so that of equal keys the earlier
-// part's comes first.
-bool Sorter::part_is_behind(std::size_t one, std::size_t other) const {
-  const int order = parts_[one].record.key.compare(parts_[other].record.key);
-  return order != 0 ? order > 0 : one > other;
-}
-
-bool Sorter::next_merged(SortRecord* record) {
-  const auto behind = [this](std::size_t one, std::size_t other) {
-    return part_is_behind(one, other);
-  };
-  // The record given last stands in its part's window until now.
-  if (started_ && next_of(&parts_[heap_.back()])) {
-    std::push_heap(heap_.begin(), heap_.end(), behind);
-  } else if (started_) {
-    heap_.pop_back();
-  }
-  started_ = !heap_.empty();
-  if (!started_) return false;
-  std::pop_heap(heap_.begin(), heap_.end(), behind);
-  *record = parts_[heap_.back()].record;
-  return true;
-}
-
-bool Sorter::next_of(Part* part) {
-  RecordSizes sizes{};
-  if (part->used == part->window.size() && part->at == part->end) return false;
-  fill_window(part, sizeof sizes);
-  std::memcpy(&sizes, part->window.data() + part->used, sizeof sizes);
-  const std::size_t size = sizeof sizes + std::size_t{sizes.key} + sizes.payload;
-  fill_window(part, size);
-  const std::string_view record =
-      std::string_view(part->window).substr(part->used + sizeof sizes, size - sizeof sizes);
-  part->record = {record.substr(0, sizes.key), record.substr(sizes.key)};
-  part->used += size;
-  return true;
-}
-
-// Makes the next `needed` bytes stand in the window.
-void Sorter::fill_window(Part* part, std::size_t needed) {
-  const std::size_t left = part->window.size() - part->used;
-  if (left >= needed) return;
-  part->window.erase(0, part->used);
-  part->used = 0;
-  const auto more = static_cast<std::size_t>(
-      std::min<std::uint64_t>(std::max(window_bytes_, needed) - left, part->end - part->at));
-  part->window.resize(left + more);
-  file_.read(part->at, part->window.data() + left, more);
-  part->at += more;
 }
 
 }  // namespace kelvo
