@@ -98,7 +98,8 @@ class Median : public Accumulator {
     if (bucket.keeps) {
       bucket.numbers.push_back(key);
     } else {
-      ++bucket.numbers[key >> (64 - step_bits - bucket.known) & (step_values - 1)];
+      const std::uint64_t step = key >> (64 - step_bits - bucket.known) & (step_values - 1);
+      ++bucket.numbers[static_cast<std::size_t>(step)];
     }
   }
 
@@ -110,10 +111,10 @@ class Median : public Accumulator {
 
   // Goes on with the part of the bucket that the rank is in.
   void refine(const Bucket& bucket, std::uint64_t rank, std::vector<Bucket>* next) {
-    std::uint64_t step = 0;
+    std::size_t step = 0;
     while (rank >= bucket.numbers[step]) rank -= bucket.numbers[step++];
     const unsigned known = bucket.known + step_bits;
-    const std::uint64_t prefix = bucket.prefix | step << (64 - known);
+    const std::uint64_t prefix = bucket.prefix | std::uint64_t{step} << (64 - known);
     if (known == 64) return middle_.push_back(prefix);
     if (next->empty() || next->back().prefix != prefix) {
       Bucket part;
