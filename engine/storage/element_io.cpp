@@ -8,6 +8,7 @@
 #include "storage/check.h"
 #include "storage/chunk_reader.h"
 #include "storage/datatype.h"
+#include "storage/hyperslab.h"
 #include "storage/object.h"
 #include "storage/sources.h"
 #include "storage/traffic.h"
@@ -120,12 +121,6 @@ bool selects_all(const Selection& selection, const Space& space) {
                     space.extents.end());
 }
 
-// Attributes are read whole, as HDF5 does.
-Extent most_elements(const ElementPlace& place, const Selection& selection) {
-  if (!place.dataset) return std::max<Extent>(1, selection.elements());
-  return std::max<Extent>(1, block_bytes / std::max<std::size_t>(1, place.type.size));
-}
-
 }  // namespace
 
 void read_elements(const ElementPlace& place, hid_t memory_space, hid_t file_space,
@@ -174,7 +169,7 @@ void ElementBlock::release() noexcept {
 ElementReader::ElementReader(const ElementPlace& place, Selection selection)
     : place_(place),
       selection_(std::move(selection)),
-      walk_(selection_, most_elements(place, selection_)) {}
+      walk_(selection_, elements_at_once(place, selection_, block_bytes)) {}
 
 ElementReader::~ElementReader() = default;
 
@@ -199,7 +194,8 @@ void ElementReader::read_dataset(ElementBlock& block) {
 bool ElementReader::read_chunks(std::byte* bytes) {
   if (!is_begun_) {
     is_begun_ = true;
-    chunks_ = ChunkReader::begin(place_, selection_, most_elements(place_, selection_));
+    chunks_ =
+        ChunkReader::begin(place_, selection_, elements_at_once(place_, selection_, block_bytes));
   }
   if (chunks_ == nullptr) return false;
   if (chunks_->read(walk_, bytes)) return true;
@@ -208,16 +204,9 @@ bool ElementReader::read_chunks(std::byte* bytes) {
 }
 
 void ElementReader::read_hyperslab(std::byte* bytes) {
-  const auto what = [this] { return cannot_read(place_); };
-  const DataspaceHandle file_space(check_id(H5Dget_space(place_.dataset.get()), what));
-  if (!walk_.start().empty()) {
-    check_done(H5Sselect_hyperslab(file_space.get(), H5S_SELECT_SET, walk_.start().data(),
-                                   selection_.stride.data(), walk_.count().data(), nullptr),
-               what);
-  }
-  const hsize_t elements = walk_.elements();
-  const DataspaceHandle memory_space(check_id(H5Screate_simple(1, &elements, nullptr), what));
-  read_elements(place_, memory_space.get(), file_space.get(), bytes);
+  const HyperslabSpaces spaces = hyperslab_spaces(place_, walk_.start(), selection_.stride,
+                                                  walk_.count(), cannot_read(place_));
+  read_elements(place_, spaces.memory.get(), spaces.file.get(), bytes);
 }
 
 // The selection is gathered from the whole attribute.
@@ -288,20 +277,19 @@ void write_attribute(const ElementPlace& place, const Selection& selection,
 }  // namespace
 
 void write_elements(const ElementPlace& place, const Selection& selection, const std::byte* bytes) {
-  const auto what = [&place] { return place.name + " cannot be written"; };
-  const hsize_t elements = selection.elements();
+  const Extent elements = selection.elements();
   if (elements == 0) return;
   if (place.attribute) return write_attribute(place, selection, bytes);
-  const DataspaceHandle file_space(check_id(H5Dget_space(place.dataset.get()), what));
-  const DataspaceHandle memory_space(check_id(H5Screate_simple(1, &elements, nullptr), what));
-  if (!selection.count.empty()) {
-    check_done(H5Sselect_hyperslab(file_space.get(), H5S_SELECT_SET, selection.start.data(),
-                                   selection.stride.data(), selection.count.data(), nullptr),
-               what);
+  const std::string what = place.name + " cannot be written";
+  BlockWalk walk(selection, must_come_singly(selection) ? 1 : elements);
+  while (walk.next()) {
+    const HyperslabSpaces spaces =
+        hyperslab_spaces(place, walk.start(), selection.stride, walk.count(), what);
+    check_done(H5Dwrite(place.dataset.get(), place.memory_type.get(), spaces.memory.get(),
+                        spaces.file.get(), H5P_DEFAULT, bytes),
+               [&what] { return what; });
+    bytes += static_cast<std::size_t>(walk.elements()) * place.type.size;
   }
-  check_done(H5Dwrite(place.dataset.get(), place.memory_type.get(), memory_space.get(),
-                      file_space.get(), H5P_DEFAULT, bytes),
-             what);
   traffic_written().add(elements, place.type.size);
 }
 

@@ -1,23 +1,19 @@
 // Blocks of a selection, one after the other.
 #include "storage/element_writer.h"
 
-#include <algorithm>
+#include "storage/hyperslab.h"
 
 namespace kelvo {
 namespace {
 
 constexpr std::size_t block_bytes = std::size_t{1024} * 1024;
 
-// Attributes are small, and each write rewrites them whole: one must do.
-Extent most_elements(const ElementPlace& place, const Selection& selection) {
-  if (place.attribute) return std::max<Extent>(1, selection.elements());
-  return std::max<Extent>(1, block_bytes / std::max<std::size_t>(1, place.type.size));
-}
-
 }  // namespace
 
 ElementWriter::ElementWriter(const ElementPlace& place, const Selection& selection)
-    : place_(place), selection_(selection), walk_(selection, most_elements(place, selection)) {}
+    : place_(place),
+      selection_(selection),
+      walk_(selection, elements_at_once(place, selection, block_bytes)) {}
 
 std::size_t ElementWriter::next() {
   return walk_.next() ? static_cast<std::size_t>(walk_.elements()) : 0;

@@ -209,3 +209,46 @@ def test_wrong_checksum(kelvo):
         dataset.id.write_direct_chunk((3000,), bytes(coded))
     assert kelvo.error("USE FILE a.h5", "SET THREAD 2", "SELECT SUM(VALUE) FROM x") == (
         -9, 'Dataset "/x" cannot be read: data error detected by Fletcher32 checksum')
+
+
+MOST_DIMENSIONS = (1,) * 28 + (2, 3, 4, 5)  # 32, as many as there can be
+FRONT = "0, " * 28
+PARTS = [(":, :, :, :", np.s_[:, :, :, :]), ("1, 1:, ::3, ::2", np.s_[1, 1:, ::3, ::2]),
+         (":, 2, 1:4:2, 4", np.s_[:, 2, 1:4:2, 4]), ("1, 1, 1, 1", np.s_[1, 1, 1, 1])]
+
+
+@pytest.mark.parametrize("filters", [{}, {"compression": "gzip"}, {"fletcher32": True}, {"compression": "lzf"}],
+                         ids=lambda filters: "-".join(filters) or "none")
+@pytest.mark.parametrize("dtype", ["<i4", ">f8"])
+def test_chunks_of_32_dimensions(kelvo, dtype, filters):
+    """The library can divide by zero there, in h5py's hands too, wherever it does not read or write a plain box."""
+    values = np.arange(120).reshape(MOST_DIMENSIONS)
+    with h5py.File(kelvo.path("a.h5"), "w") as file:
+        for name in ("x", "filled"):
+            file.create_dataset(name, values.shape, dtype, chunks=(1,) * 28 + (1, 2, 3, 2), **filters)
+        file["x"][...] = values
+    core = values[(0,) * 28]
+    for text, part in PARTS:
+        shown = kelvo.rows("USE FILE a.h5", f"SELECT * FROM x[{FRONT}{text}]")
+        assert [float(word) for word in " ".join(shown).split()] == list(np.ravel(core[part]))
+    kelvo.rows("USE FILE a.h5", f"INSERT INTO x[{FRONT}1, 2, ::3, 1] VALUES (1000, 1001)", "INSERT INTO filled SELECT * FROM x",
+               "COPY DATASET x TO copied")
+    core[1, 2, ::3, 1] = 1000, 1001
+    with h5py.File(kelvo.path("a.h5")) as file:
+        for name in ("x", "filled", "copied"):
+            assert np.array_equal(file[name][...], values), name
+
+
+def test_strings_in_chunks_of_32_dimensions(kelvo):
+    """These h5py can neither write nor read: it makes them, and gets them back from a contiguous dataset."""
+    values = np.array([f"text {i}" for i in range(120)], object).reshape(MOST_DIMENSIONS)
+    with h5py.File(kelvo.path("a.h5"), "w") as file:
+        file.create_dataset("chunked", values.shape, h5py.string_dtype(), chunks=(1,) * 28 + (1, 2, 3, 2))
+        file.create_dataset("line", data=values.ravel())
+        file.create_dataset("back", (120,), h5py.string_dtype())
+    kelvo.rows("USE FILE a.h5", "INSERT INTO chunked SELECT * FROM line", "INSERT INTO back SELECT * FROM chunked")
+    with h5py.File(kelvo.path("a.h5")) as file:
+        assert list(file["back"].asstr()[...]) == list(values.ravel())
+    for text, part in PARTS:
+        shown = kelvo.rows("USE FILE a.h5", f"SELECT * FROM chunked[{FRONT}{text}]")
+        assert shown == list(np.ravel(values[(0,) * 28][part]))
