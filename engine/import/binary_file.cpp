@@ -206,20 +206,6 @@ std::uint64_t element_count(const std::vector<std::uint64_t>& shape, const std::
   return count;
 }
 
-bool is_plain(const Type& type) {
-  switch (type.kind) {
-    case Kind::varying_text:
-    case Kind::sequence:
-    case Kind::object_reference:
-    case Kind::region_reference:
-      return false;
-    default:
-      return std::all_of(type.base.begin(), type.base.end(), is_plain) &&
-             std::all_of(type.members.begin(), type.members.end(),
-                         [](const Member& member) { return is_plain(member.type); });
-  }
-}
-
 // The type as .bin files hold it: little endian, text filled up with null bytes.
 Type in_bytes(Type type) {
   type.order = ByteOrder::little;
@@ -240,7 +226,7 @@ std::unique_ptr<ElementStream> open_npy(const std::string& path, const Type& typ
 }
 
 std::unique_ptr<ElementStream> open_bin(const std::string& path, const Type& type) {
-  if (!is_plain(type)) {
+  if (!type.is_self_contained()) {
     throw StatementError(Status::wrong_kind,
                          type_name(type) + " has no fixed size, a .bin file cannot hold it");
   }

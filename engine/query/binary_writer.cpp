@@ -16,20 +16,6 @@ namespace {
 // Room for the digits of 32 extents: a header is written before the number of elements is known.
 constexpr std::size_t header_unit = 64;
 
-bool is_plain(const Type& type) {
-  switch (type.kind) {
-    case Kind::varying_text:
-    case Kind::sequence:
-    case Kind::object_reference:
-    case Kind::region_reference:
-      return false;
-    default:
-      return std::all_of(type.base.begin(), type.base.end(), is_plain) &&
-             std::all_of(type.members.begin(), type.members.end(),
-                         [](const Member& member) { return is_plain(member.type); });
-  }
-}
-
 // Enumerations and times are the file's bytes in memory.
 ByteOrder order_in_memory(const Type& type) {
   const bool as_in_file = type.kind == Kind::enumeration || type.kind == Kind::time;
@@ -123,7 +109,7 @@ void clean_text(const Type& type, std::byte* element) {
 }  // namespace
 
 void expect_plain(const Type& type, const std::string& format) {
-  if (is_plain(type)) return;
+  if (type.is_self_contained()) return;
   throw StatementError(Status::wrong_kind,
                        "A " + format + " file cannot hold " + type_name(type) +
                            ", whose values have no fixed size (.csv and .json can)");

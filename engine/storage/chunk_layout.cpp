@@ -10,14 +10,6 @@ namespace {
 // Larger ones are left to the HDF5 library: a size that a damaged file makes up is not allocated.
 constexpr double most_chunk_bytes = 256.0 * 1024 * 1024;
 
-// References change on their way to memory, and what varies in length is elsewhere in the file.
-bool is_self_contained(const Type& type) {
-  if (type.kind == Kind::object_reference || type.kind == Kind::region_reference) return false;
-  return std::all_of(type.base.begin(), type.base.end(), is_self_contained) &&
-         std::all_of(type.members.begin(), type.members.end(),
-                     [](const Member& member) { return is_self_contained(member.type); });
-}
-
 struct KnownFilter {
   H5Z_filter_t id;
   ChunkFilter filter;
@@ -78,9 +70,8 @@ std::vector<std::byte> fill_element(hid_t creation, hid_t file_type) {
 
 std::optional<ChunkLayout> decodable_layout(const ElementPlace& place) {
   const std::size_t rank = place.space.extents.size();
-  if (!place.dataset || rank == 0 || place.type.has_varying_parts() ||
-      !is_self_contained(place.type))
-    return std::nullopt;
+  // References change on their way to memory.
+  if (!place.dataset || rank == 0 || !place.type.is_self_contained()) return std::nullopt;
   const PropertyHandle creation(H5Dget_create_plist(place.dataset.get()));
   if (!creation || H5Pget_layout(creation.get()) != H5D_CHUNKED) return std::nullopt;
   ChunkLayout layout;

@@ -167,6 +167,21 @@ bool Type::has_varying_parts() const {
                      [](const Member& member) { return member.type.has_varying_parts(); });
 }
 
+bool Type::is_self_contained() const {
+  switch (kind) {
+    case Kind::varying_text:
+    case Kind::sequence:
+    case Kind::object_reference:
+    case Kind::region_reference:
+      return false;
+    default:
+      return std::all_of(base.begin(), base.end(),
+                         [](const Type& part) { return part.is_self_contained(); }) &&
+             std::all_of(members.begin(), members.end(),
+                         [](const Member& member) { return member.type.is_self_contained(); });
+  }
+}
+
 std::size_t Type::value_bits() const {
   if (kind == Kind::enumeration) return base[0].value_bits();
   return precision != 0 ? precision : std::min<std::size_t>(8 * file_size, 64);

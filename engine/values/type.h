@@ -66,6 +66,9 @@ struct Type {
   /// Whether elements hold memory of their own beyond `size` bytes, which the reader must give
   /// back.
   [[nodiscard]] bool has_varying_parts() const;
+  /// Whether the bytes of an element are all of its value: none lies elsewhere or points into a
+  /// file.
+  [[nodiscard]] bool is_self_contained() const;
   /// Bits that a value has in the file, 64 at most. For integers, bit fields, times and
   /// enumerations.
   [[nodiscard]] std::size_t value_bits() const;
