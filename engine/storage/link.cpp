@@ -182,7 +182,8 @@ LinkTarget link_target(hid_t file, const std::string& path) {
   std::string value(info.u.val_size + 1, '\0');
   check_done(H5Lget_val(file, path.c_str(), value.data(), info.u.val_size, H5P_DEFAULT),
              [&path] { return cannot_read(path); });
-  if (info.type == H5L_TYPE_SOFT) return {std::nullopt, value.c_str()};
+  // The library follows a soft link's path up to the first null byte, if there is one in it.
+  if (info.type == H5L_TYPE_SOFT) return {std::nullopt, value.substr(0, value.find('\0'))};
   unsigned flags = 0;
   const char* target_file = nullptr;
   const char* target = nullptr;
