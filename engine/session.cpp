@@ -86,7 +86,8 @@ Status Session::execute(const char* statement) {
   if (!run_guarded([&] { run(statement); })) {
     const StatementError error = give_up_damaged();
     result_.give_up();
-    fail(error);
+    if (status_ == 0) fail(error);
+    add_failure(undo_changes());
   }
   if (log_) log_->show_end(static_cast<Status>(status_), result_.elements());
   log_.reset();
@@ -102,7 +103,8 @@ void Session::run(const char* statement) {
       if (answer != nullptr) answer = std::make_unique<GuardedRows>(*this, std::move(answer));
       result_.start(std::move(answer));
     }
-    end_writing();
+    close_written();
+    keep_changes();
   } catch (const StatementError& error) {
     fail(error);
   } catch (const std::bad_alloc&) {
@@ -112,13 +114,27 @@ void Session::run(const char* statement) {
     fail(StatementError(Status::no_memory, "There is not enough memory for the statement"));
   }
   if (status_ != 0) {
-    result_.clear();
-    try {
-      end_writing();
-    } catch (const StatementError&) {
-      // The statement has failed already; the first reason is the one to show.
-    }
+    // The cause of whatever else went wrong; not all of that carries it.
+    if (const std::optional<StatementError> failure = write_failure()) fail(*failure);
+    take_back();
   }
+}
+
+// All or nothing: whatever a failed statement wrote is undone.
+void Session::take_back() {
+  result_.clear();
+  drop_changes();
+  try {
+    close_written();
+  } catch (const StatementError&) {
+    // The statement has failed already; the first reason is the one to show.
+  }
+  add_failure(undo_changes());
+}
+
+// What could not be undone is said behind the reason for undoing it.
+void Session::add_failure(const std::optional<StatementError>& failure) {
+  if (failure) message_ += std::string(" (") + failure->what() + ")";
 }
 
 // The HDF5 library was left in the middle of a call, with a file that it does not survive. Nothing
@@ -130,7 +146,10 @@ StatementError Session::give_up_damaged() {
     static_cast<void>(used.handle.release());
     used.access = Access::read;
   }
+  for (WrittenFile& written : written_) static_cast<void>(written.handle.release());
+  written_.clear();
   forget_followed_links();
+  if (const std::optional<StatementError> failure = write_failure()) return *failure;
   return StatementError(Status::hdf5_refused, (file.empty() ? "A file" : "File " + quoted(file)) +
                                                   " is damaged: it says more than there is of it");
 }
@@ -216,16 +235,27 @@ hid_t Session::open_used(UsedFile& file, Access access) {
   return file.handle.get();
 }
 
-void Session::end_writing() {
+void Session::close_written() {
+  std::optional<StatementError> failure;
+  const auto close = [&failure](const std::string& path, FileHandle* handle) {
+    try {
+      check_done(handle->reset(),
+                 [&path] { return "File " + quoted(path) + " cannot be written"; });
+    } catch (const StatementError& error) {
+      if (!failure) failure = error;
+    }
+  };
   const H5F_scope_t scope = settings_.flush == Flush::local ? H5F_SCOPE_LOCAL : H5F_SCOPE_GLOBAL;
   for (UsedFile& file : files_) {
     if (!file.handle || file.access == Access::read) continue;
     file.access = Access::read;
     // Should it fail, closing fails too and says so.
     if (settings_.flush != Flush::disable) H5Fflush(file.handle.get(), scope);
-    check_done(file.handle.reset(),
-               [&file] { return "File " + quoted(file.path) + " cannot be written"; });
+    close(file.path, &file.handle);
   }
+  for (WrittenFile& file : written_) close(file.path, &file.handle);
+  written_.clear();
+  if (failure) throw StatementError(*failure);
 }
 
 hid_t Session::file_in_use(Access access) {
@@ -257,8 +287,13 @@ Target Session::find_quietly(const ObjectName& name, Access access) {
   if (used != files_.end()) {
     target.file = open_used(*used, access);
   } else {
-    target.opened = open_file(path, access, settings_.file_options);
-    target.file = target.opened.get();
+    FileHandle opened = open_file(path, access, settings_.file_options);
+    target.file = opened.get();
+    if (access == Access::read) {
+      target.opened = std::move(opened);
+    } else {
+      written_.push_back({path, std::move(opened)});
+    }
   }
   target.path = absolute_path("/", name.path);
   return target;

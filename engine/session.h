@@ -36,7 +36,7 @@ struct Settings {
 
 /// An object that a statement names, found: the open file that it is in, and its path there.
 struct Target {
-  FileHandle opened;  // the file, where it was opened for this statement alone
+  FileHandle opened;  // the file, where it was opened for this statement alone, for reading
   hid_t file = H5I_INVALID_HID;
   std::string path;  // absolute
   std::optional<std::string> attribute;
@@ -109,15 +109,23 @@ class Session {
 
   class GuardedRows;
 
+  struct WrittenFile {
+    std::string path;
+    FileHandle handle;
+  };
+
   void run(const char* statement);
+  void take_back();
+  void add_failure(const std::optional<StatementError>& failure);
+  void close_written();
   StatementError give_up_damaged();
   std::vector<UsedFile>::iterator find_used(const std::string& path);
   static hid_t open_used(UsedFile& file, Access access);
-  void end_writing();
   Target find_quietly(const ObjectName& name, Access access);
 
   Settings settings_;
-  std::vector<UsedFile> files_;  // the one in use last
+  std::vector<UsedFile> files_;       // the one in use last
+  std::vector<WrittenFile> written_;  // for this statement alone
   Result result_;
   std::string message_;
   std::int32_t position_ = 0;

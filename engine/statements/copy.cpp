@@ -109,9 +109,7 @@ Answer copy_any_link(Parser& parser, Session& session, NameKind kind, std::strin
   const Way way = find_way(session, names.from, names.to);
   expect_there(way.from.file, way.from.path, kind);
   const std::string path = destination(way.to, names.to.path, way.from.path, kind);
-  CreationUndo undo(way.to.file, path);
   copy_link(way.from.file, way.from.path, way.to.file, path);
-  undo.keep();
   return nullptr;
 }
 

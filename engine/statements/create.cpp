@@ -74,9 +74,7 @@ Answer create_group_statement(Parser& parser, Session& session) {
   parser.expect_end();
   const Target target = session.find(name, Access::write);
   if (exists_already(target, NameKind::group, optional)) return nullptr;
-  CreationUndo undo(target.file, target.path);
   create_group(target.file, target.path, tracked);
-  undo.keep();
   return nullptr;
 }
 
@@ -116,7 +114,6 @@ Answer create_dataset_statement(Parser& parser, Session& session) {
   const Target target = session.find(name, Access::write);
   if (exists_already(target, NameKind::dataset, optional)) return nullptr;
   const std::optional<EncodedElements> elements = encode_new(made);
-  CreationUndo undo(target.file, target.path);
   DatasetHandle dataset =
       create_dataset(target.file, target.path, made.type, made.space, made.options);
   if (elements) {
@@ -124,7 +121,6 @@ Answer create_dataset_statement(Parser& parser, Session& session) {
     elements->count() == 1 ? write_everywhere(place, elements->data())
                            : write_whole(place, *elements);
   }
-  undo.keep();
   return nullptr;
 }
 
@@ -137,7 +133,6 @@ Answer create_attribute_statement(Parser& parser, Session& session) {
   if (optional && has_attribute(object.get(), *target.attribute)) return nullptr;
   expect_free_attribute(object.get(), *target.attribute, target.shown());
   std::optional<EncodedElements> elements = encode_new(made);
-  AttributeUndo undo(object.get(), *target.attribute);
   AttributeHandle attribute =
       create_attribute(object.get(), *target.attribute, target.shown(), made.type, made.space);
   const Extent count = made.space.elements();
@@ -145,7 +140,6 @@ Answer create_attribute_statement(Parser& parser, Session& session) {
     if (elements->count() != count) elements->repeat(static_cast<std::size_t>(count));
     write_whole(place_of(std::move(attribute), "Attribute " + quoted(target.shown())), *elements);
   }
-  undo.keep();
   return nullptr;
 }
 
@@ -166,9 +160,7 @@ Answer create_soft_link_statement(Parser& parser, Session& session) {
   parser.expect_end();
   const Target target = session.find(name, Access::write);
   if (exists_already(target, NameKind::link, optional)) return nullptr;
-  CreationUndo undo(target.file, target.path);
   create_soft_link(target.file, target.path, soft_target(target.path, written));
-  undo.keep();
   return nullptr;
 }
 
@@ -187,9 +179,7 @@ Answer create_hard_link_statement(Parser& parser, Session& session) {
       kind != NameKind::external_link)
     return nullptr;
   expect_creatable(target.file, target.path, NameKind::link);
-  CreationUndo undo(target.file, target.path);
   create_hard_link(target.file, target.path, linked);
-  undo.keep();
   return nullptr;
 }
 
@@ -204,9 +194,7 @@ Answer create_external_link_statement(Parser& parser, Session& session) {
   if (exists_already(target, NameKind::external_link, optional)) return nullptr;
   // A relative file is kept so: it is sought beside the file that holds the link.
   const std::string kept = file.starts_with("~/") ? host_path(file) : file;
-  CreationUndo undo(target.file, target.path);
   create_external_link(target.file, target.path, kept, object);
-  undo.keep();
   return nullptr;
 }
 

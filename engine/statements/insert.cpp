@@ -19,7 +19,6 @@
 #include "statements/values.h"
 #include "storage/element_writer.h"
 #include "storage/growth.h"
-#include "storage/room.h"
 #include "storage/spool.h"
 #include "values/flatten.h"
 
@@ -80,7 +79,6 @@ class CheckedElements {
   }
 
   [[nodiscard]] Extent count() const { return count_; }
-  [[nodiscard]] Extent varying_bytes() const { return varying_bytes_; }
 
   // The next elements; good until the next call.
   const std::byte* take(std::size_t count) {
@@ -105,7 +103,6 @@ class CheckedElements {
     bytes_.clear();
     for (std::size_t i = 0; i < elements.count(); ++i)
       flatten(type_, elements.data() + i * type_.size, &bytes_);
-    varying_bytes_ += bytes_.size() - elements.count() * type_.size;
     spool_.append(bytes_.data(), bytes_.size());
   }
 
@@ -113,7 +110,6 @@ class CheckedElements {
   Spool spool_;
   SpoolReader reader_{spool_};
   Extent count_ = 0;
-  Extent varying_bytes_ = 0;  // of what elements point to
   std::vector<std::byte> bytes_;
   VaryingParts parts_;
 };
@@ -127,8 +123,7 @@ void expect_count(Extent given, Extent wanted) {
 }
 
 // The new rows of the first dimension that so many elements fill.
-Selection grow_for(const ElementPlace& place, Extent elements, Extent varying_bytes,
-                   RowGrowth* growth) {
+Selection grow_for(const ElementPlace& place, Extent elements) {
   const Extent row = elements_of_row(place);
   if (row == 0 || elements % row != 0) {
     throw StatementError(Status::out_of_range, "A row of " + place.name + " has " +
@@ -136,37 +131,20 @@ Selection grow_for(const ElementPlace& place, Extent elements, Extent varying_by
                                                    std::to_string(elements) +
                                                    " values do not fill");
   }
-  return growth->grow(elements / row, varying_bytes);
-}
-
-// Bytes of what the elements point to.
-Extent varying_bytes(const EncodedElements& elements) {
-  const Type& type = elements.type();
-  if (!type.has_varying_parts()) return 0;
-  Extent bytes = 0;
-  std::vector<std::byte> flat;
-  for (std::size_t i = 0; i < elements.count(); ++i, flat.clear()) {
-    flatten(type, elements.data() + i * type.size, &flat);
-    bytes += flat.size() - type.size;
-  }
-  return bytes;
+  return add_rows(place, elements / row);
 }
 
 void insert_values(const ElementPlace& place, const Insertion& insertion) {
   const std::vector<Literal>& values = *insertion.source.values;
-  RowGrowth growth(place);
   const bool one_for_all = !insertion.append || values.size() == 1;
   if (!insertion.append) {
     const Selection selection = resolve_slice(insertion.slice, place.space, place.name);
     const EncodedElements elements = encode_values(place.type, values, selection.elements());
-    const ReservedRoom room(place, selection, varying_bytes(elements));
     return write_elements(place, selection, elements.data());
   }
   const EncodedElements elements =
       encode_values(place.type, values, one_for_all ? elements_of_row(place) : values.size());
-  const Selection selection = grow_for(place, elements.count(), varying_bytes(elements), &growth);
-  write_elements(place, selection, elements.data());
-  growth.keep();
+  write_elements(place, grow_for(place, elements.count()), elements.data());
 }
 
 using StreamPointer = std::unique_ptr<ElementStream>;
@@ -178,23 +156,19 @@ StreamPointer open_stream(Source source, const ElementPlace& place, Session& ses
 }
 
 void insert_stream(const ElementPlace& place, const Insertion& insertion, StreamPointer stream) {
-  RowGrowth growth(place);
   CheckedElements elements(place.type);
   elements.read_all(*stream);
   stream.reset();  // it may hold the same dataset open
   Selection selection;
-  std::optional<ReservedRoom> room;
   if (insertion.append) {
-    selection = grow_for(place, elements.count(), elements.varying_bytes(), &growth);
+    selection = grow_for(place, elements.count());
   } else {
     selection = resolve_slice(insertion.slice, place.space, place.name);
     expect_count(elements.count(), selection.elements());
-    room.emplace(place, selection, elements.varying_bytes());
   }
   ElementWriter writer(place, selection);
   for (std::size_t count = writer.next(); count > 0; count = writer.next())
     writer.write(elements.take(count));
-  growth.keep();
 }
 
 }  // namespace

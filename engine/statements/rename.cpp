@@ -50,9 +50,7 @@ Answer rename_name(Parser& parser, Session& session, NameKind kind, std::string_
   if (kind == NameKind::group) refuse_group_in_use(session, from);
   const std::string path = destination(to, new_name.path, from.path, kind);
   if (kind == NameKind::group) refuse_into_itself(from, path);
-  CreationUndo undo(from.file, path);
   move_name(from.file, from.path, path);
-  undo.keep();
   return nullptr;
 }
 

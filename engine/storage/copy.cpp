@@ -173,12 +173,10 @@ void copy_object(const ObjectPlace& from, const ObjectPlace& to) {
   const std::vector<FoundObject> objects = objects_below(from.file, from.path);
   // H5Ocopy itself may end the process when it cannot write.
   expect_room(file_name(to.file), stored_bytes(from, objects));
-  CreationUndo undo(to.file, to.path);
   check_done(H5Ocopy(from.file, from.path.c_str(), to.file, to.path.c_str(), options.get(),
                      making_parents().get()),
              what);
   copy_references(from.file, from.path, to.file, to.path, objects);
-  undo.keep();
 }
 
 namespace {
@@ -208,10 +206,8 @@ void store_values_anew(const ObjectPlace& from, const ObjectPlace& to,
 void store_anew(const ObjectPlace& from, const ObjectPlace& to, const StorageOptions& options) {
   ReferenceMap references(from.file, to.file);
   if (references.is_needed()) references.add(objects_below(from.file, from.path), to.path);
-  CreationUndo undo(to.file, to.path);
   store_values_anew(from, to, options, references);
   copy_attributes(from, to, references);
-  undo.keep();
 }
 
 void copy_attribute(const AttributePlace& from, const AttributePlace& to,
@@ -222,7 +218,6 @@ void copy_attribute(const AttributePlace& from, const AttributePlace& to,
   const PropertyHandle list(check_id(H5Aget_create_plist(opened.get()), what));
   ElementPlace source = place_of(std::move(opened), "Attribute " + quoted(from.shown));
   const DatatypeHandle type = transient(source.file_type.get(), from.shown);
-  AttributeUndo undo(to.object, to.name);
   ElementPlace copy =
       place_of(AttributeHandle(check_id(
                    H5Acreate2(to.object, to.name.c_str(),
@@ -238,7 +233,6 @@ void copy_attribute(const AttributePlace& from, const AttributePlace& to,
     references.translate(source.type, batch.data(), batch.count());
     write_elements(copy, all, batch.data());
   }
-  undo.keep();
 }
 
 void copy_attributes(const ObjectPlace& from, const ObjectPlace& to,

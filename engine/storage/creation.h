@@ -32,24 +32,6 @@ AttributeHandle create_attribute(hid_t object, const std::string& name, const st
 /// Throws unless the object has no attribute of this name; `shown` as messages show it.
 void expect_free_attribute(hid_t object, const std::string& name, const std::string& shown);
 
-/// Removes an attribute that a statement made, unless the statement came to its end.
-class AttributeUndo {
- public:
-  /// `object` stays open for as long.
-  AttributeUndo(hid_t object, std::string name) : object_(object), name_(std::move(name)) {}
-  AttributeUndo(const AttributeUndo&) = delete;
-  AttributeUndo& operator=(const AttributeUndo&) = delete;
-  ~AttributeUndo() {
-    if (!name_.empty() && H5Aexists(object_, name_.c_str()) > 0) H5Adelete(object_, name_.c_str());
-  }
-
-  void keep() noexcept { name_.clear(); }
-
- private:
-  hid_t object_;
-  std::string name_;
-};
-
 /// Writes one element, laid out as the place's type says, everywhere in a dataset; in blocks.
 void write_everywhere(const ElementPlace& place, const std::byte* element);
 

@@ -1,6 +1,7 @@
 // The driver's callbacks. Two things differ from the library's own driver: heaps are checked when
 // they are read, since their reader trusts the sizes in them; and where a file is only read,
-// metadata are not gathered, since what gathers them trusts their addresses.
+// metadata are not gathered, since what gathers them trusts their addresses. And what is written
+// can be taken back until the statement ends (storage/undo.h).
 #include "storage/driver.h"
 
 #include <fcntl.h>
@@ -15,11 +16,14 @@
 #include <functional>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string_view>
 #include <tuple>
 #include <vector>
 
 #include "storage/check.h"
+#include "storage/handle.h"
+#include "storage/undo.h"
 
 namespace kelvo {
 namespace {
@@ -30,13 +34,23 @@ struct HostFile;
 std::vector<HostFile*> open_files;
 const HostFile* read_last = nullptr;
 
+// What the statement that runs has changed, and why that failed.
+struct Changes {
+  Undo undo;
+  std::optional<StatementError> failure;
+};
+
+std::optional<Changes> changes;
+
 // The library knows it by its first member.
 struct HostFile {
   H5FD_t base{};
   std::string path;
   int descriptor = -1;
   bool is_given_up = false;
-  bool is_written = false;
+  bool drops_writes = false;
+  bool is_member = false;          // of a family
+  ChangedFile* changed = nullptr;  // of one that is open for writing
   haddr_t end_allocated = 0;
   haddr_t size = 0;
   std::size_t length_bytes = 8;  // of a size in the file
@@ -99,10 +113,32 @@ std::unique_ptr<HostFile> make_host_file(const char* path) noexcept {
   }
 }
 
+// A file that the statement opens for writing again keeps the lock that it has.
+bool open_again(HostFile& file, ChangedFile* known) {
+  file.changed = known;
+  file.close_descriptor();
+  file.descriptor = ::fcntl(known->descriptor(), F_DUPFD_CLOEXEC, 0);
+  return file.descriptor >= 0;
+}
+
+bool begin_changes(HostFile& file, unsigned flags) noexcept {
+  try {
+    if (!changes) changes.emplace();
+    if (ChangedFile* known = changes->undo.find(file.device, file.inode))
+      return open_again(file, known);
+    const int descriptor = ::fcntl(file.descriptor, F_DUPFD_CLOEXEC, 0);
+    if (descriptor < 0) return false;
+    const bool is_new = (flags & H5F_ACC_CREAT) != 0 && file.size == 0;
+    file.changed = changes->undo.add(descriptor, file.path, is_new);
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
 H5FD_t* open_file(const char* name, unsigned flags, hid_t /*access*/, haddr_t /*largest*/) {
   auto file = make_host_file(name);
   if (file == nullptr) return nullptr;
-  file->is_written = (flags & H5F_ACC_RDWR) != 0;
   file->descriptor = ::open(name, host_flags(flags), 0666);
   struct stat status {};
   if (file->descriptor < 0 || ::fstat(file->descriptor, &status) != 0) return nullptr;
@@ -110,7 +146,14 @@ H5FD_t* open_file(const char* name, unsigned flags, hid_t /*access*/, haddr_t /*
   file->device = status.st_dev;
   file->inode = status.st_ino;
   file->length_bytes = read_length_bytes(*file);
+  if ((flags & H5F_ACC_RDWR) != 0 && !begin_changes(*file, flags)) return nullptr;
   return &file.release()->base;
+}
+
+H5FD_t* open_member(const char* name, unsigned flags, hid_t access, haddr_t largest) {
+  H5FD_t* file = open_file(name, flags, access, largest);
+  if (file != nullptr) file_of(file)->is_member = true;
+  return file;
 }
 
 herr_t close_file(H5FD_t* file) {
@@ -134,7 +177,7 @@ herr_t query(const H5FD_t* file, unsigned long* flags) {
   *flags = H5FD_FEAT_AGGREGATE_METADATA | H5FD_FEAT_AGGREGATE_SMALLDATA | H5FD_FEAT_DATA_SIEVE |
            H5FD_FEAT_POSIX_COMPAT_HANDLE | H5FD_FEAT_SUPPORTS_SWMR_IO |
            H5FD_FEAT_DEFAULT_VFD_COMPATIBLE;
-  if (file == nullptr || file_of(file)->is_written) *flags |= H5FD_FEAT_ACCUMULATE_METADATA;
+  if (file == nullptr || file_of(file)->changed != nullptr) *flags |= H5FD_FEAT_ACCUMULATE_METADATA;
   return 0;
 }
 
@@ -189,10 +232,12 @@ bool is_sound_global_heap(const unsigned char* bytes, std::size_t read, std::siz
   return at <= size;
 }
 
-// A local heap: whether its data could be in the file at all.
+// A local heap: whether its data could be in the file at all. Those of a family may go on in the
+// next member.
 bool is_sound_local_heap(const unsigned char* bytes, std::size_t read, const HostFile& file) {
   using namespace std::string_view_literals;
-  if (!begins_with(bytes, read, "HEAP\0\0\0\0"sv) || read < 8 + file.length_bytes) return true;
+  if (file.is_member || !begins_with(bytes, read, "HEAP\0\0\0\0"sv)) return true;
+  if (read < 8 + file.length_bytes) return true;
   return number_at(bytes + 8, file.length_bytes) <= std::max(file.size, file.end_allocated);
 }
 
@@ -237,23 +282,43 @@ herr_t read(H5FD_t* file, H5FD_mem_t type, hid_t /*transfer*/, haddr_t address, 
 
 // --- writing ---
 
-// The library's own words for it name everything but the reason.
-herr_t fail_write(int error) {
-  leave_error(StatementError(Status::host_refused,
-                             std::string("The file cannot be written: ") + std::strerror(error)));
+// The library's own words for it name everything but the reason; and not all that fails when a file
+// is closed is told to the one who closes it.
+herr_t fail_write(const StatementError& error) {
+  if (!changes->failure) changes->failure = error;
+  leave_error(error);
   return -1;
+}
+
+herr_t fail_write(const HostFile& file, int error) {
+  return fail_write(
+      StatementError(Status::host_refused,
+                     "File " + quoted(file.path) + " cannot be written: " + std::strerror(error)));
+}
+
+bool keep_old_bytes(const HostFile& file, haddr_t begin, haddr_t end) noexcept {
+  try {
+    changes->undo.keep(*file.changed, begin, end);
+    return true;
+  } catch (const StatementError& error) {
+    fail_write(error);
+  } catch (const std::bad_alloc&) {
+    fail_write(file, ENOMEM);
+  }
+  return false;
 }
 
 herr_t write(H5FD_t* file, H5FD_mem_t /*type*/, hid_t /*transfer*/, haddr_t address,
              std::size_t size, const void* buffer) {
   if (address > largest_address || size > largest_address - address) return -1;
   HostFile& host = *file_of(file);
-  if (host.is_given_up) return 0;
+  if (host.drops_writes) return 0;
+  if (!keep_old_bytes(host, address, address + size)) return -1;
   const auto* bytes = static_cast<const unsigned char*>(buffer);
   while (size > 0) {
     const ssize_t done = ::pwrite(host.descriptor, bytes, size, static_cast<off_t>(address));
     if (done < 0 && errno == EINTR) continue;
-    if (done <= 0) return fail_write(errno);
+    if (done <= 0) return fail_write(host, errno);
     bytes += done;
     address += static_cast<haddr_t>(done);
     size -= static_cast<std::size_t>(done);
@@ -264,9 +329,10 @@ herr_t write(H5FD_t* file, H5FD_mem_t /*type*/, hid_t /*transfer*/, haddr_t addr
 
 herr_t truncate(H5FD_t* file, hid_t /*transfer*/, hbool_t /*closing*/) {
   HostFile& host = *file_of(file);
-  if (host.is_given_up || !host.is_written || host.size == host.end_allocated) return 0;
-  if (::ftruncate(host.descriptor, static_cast<off_t>(host.end_allocated)) != 0)
-    return fail_write(errno);
+  if (host.drops_writes || host.changed == nullptr || host.size == host.end_allocated) return 0;
+  host.changed->cut(host.end_allocated);
+  const haddr_t length = std::max<haddr_t>(host.end_allocated, host.changed->old_length());
+  if (::ftruncate(host.descriptor, static_cast<off_t>(length)) != 0) return fail_write(host, errno);
   host.size = host.end_allocated;
   return 0;
 }
@@ -275,12 +341,12 @@ herr_t truncate(H5FD_t* file, hid_t /*transfer*/, hbool_t /*closing*/) {
 herr_t pass_lock(H5FD_t* /*file*/, hbool_t /*writes*/) { return 0; }
 herr_t pass_unlock(H5FD_t* /*file*/) { return 0; }
 
-hid_t register_driver() {
+hid_t register_driver(const char* name, decltype(H5FD_class_t::open) open) {
   H5FD_class_t driver{};
-  driver.name = "kelvo";
+  driver.name = name;
   driver.maxaddr = largest_address;
   driver.fc_degree = H5F_CLOSE_WEAK;
-  driver.open = open_file;
+  driver.open = open;
   driver.close = close_file;
   driver.cmp = compare;
   driver.query = query;
@@ -298,23 +364,71 @@ hid_t register_driver() {
 }
 
 hid_t driver_id() {
-  static const hid_t driver = register_driver();
+  static const hid_t driver = register_driver("kelvo", open_file);
   return driver;
+}
+
+hid_t member_driver_id() {
+  static const hid_t driver = register_driver("kelvo-member", open_member);
+  return driver;
+}
+
+std::string cannot_set_up() { return "File access cannot be set up"; }
+
+void give_up(HostFile& file) {
+  file.is_given_up = file.drops_writes = true;
+  file.changed = nullptr;
+  file.close_descriptor();
 }
 
 }  // namespace
 
 void set_driver(hid_t access) {
-  check_done(H5Pset_driver(access, driver_id(), nullptr),
-             [] { return std::string("File access cannot be set up"); });
+  check_done(H5Pset_driver(access, driver_id(), nullptr), cannot_set_up);
+}
+
+void set_family_driver(hid_t access) {
+  const PropertyHandle members(check_id(H5Pcreate(H5P_FILE_ACCESS), cannot_set_up));
+  check_done(H5Pset_driver(members.get(), member_driver_id(), nullptr), cannot_set_up);
+  check_done(H5Pset_fapl_family(access, H5F_FAMILY_DEFAULT, members.get()), cannot_set_up);
 }
 
 std::string give_up_files() {
-  for (HostFile* file : open_files) {
-    file->is_given_up = true;
-    file->close_descriptor();
-  }
+  for (HostFile* file : open_files) give_up(*file);
   return read_last == nullptr ? "" : read_last->path;
+}
+
+bool is_changed(const std::string& path) {
+  struct stat status {};
+  return changes && ::stat(path.c_str(), &status) == 0 &&
+         changes->undo.find(status.st_dev, status.st_ino) != nullptr;
+}
+
+std::optional<StatementError> write_failure() { return changes ? changes->failure : std::nullopt; }
+
+void keep_changes() {
+  if (!changes) return;
+  if (changes->failure) throw StatementError(*changes->failure);
+  for (const HostFile* file : open_files) {
+    if (file->changed == nullptr) continue;
+    throw StatementError(Status::hdf5_refused, "File " + quoted(file->path) + " cannot be closed");
+  }
+  changes->undo.finish();
+  changes.reset();
+}
+
+void drop_changes() {
+  for (HostFile* file : open_files) file->drops_writes = file->changed != nullptr;
+}
+
+std::optional<StatementError> undo_changes() {
+  if (!changes) return std::nullopt;
+  for (HostFile* file : open_files) {
+    if (file->changed != nullptr) give_up(*file);
+  }
+  std::optional<StatementError> failure = changes->undo.put_back();
+  changes.reset();
+  return failure;
 }
 
 bool uses_driver(hid_t access) { return H5Pget_driver(access) == driver_id(); }

@@ -40,7 +40,7 @@ std::string real_path(const std::string& path) {
 // Opens a family by its pattern, and what is wrong with it shows in its first member.
 FileHandle open_family(const std::string& path, Access access, hid_t list) {
   const unsigned flags = access == Access::read ? H5F_ACC_RDONLY : H5F_ACC_RDWR;
-  check_done(H5Pset_fapl_family(list, H5F_FAMILY_DEFAULT, H5P_DEFAULT), cannot_set_up);
+  set_family_driver(list);
   const fs::path directory = real_path(fs::path(path).parent_path().string());
   const std::string real = (directory / fs::path(path).filename()).string();
   if (access == Access::write && is_locked(family_member(path, 0))) fail_locked(path);

@@ -1,4 +1,4 @@
-// Growing and taking it back.
+// New rows.
 #include "storage/growth.h"
 
 #include <string>
@@ -31,15 +31,11 @@ Extent elements_of_row(const ElementPlace& place) {
   return elements;
 }
 
-RowGrowth::~RowGrowth() {
-  if (grown_) H5Dset_extent(place_.dataset.get(), place_.space.extents.data());
-}
-
-Selection RowGrowth::grow(Extent rows, Extent varying_bytes) {
-  std::vector<Extent> extents = place_.space.extents;
-  if (rows > place_.space.maximum[0] - extents[0]) {
+Selection add_rows(const ElementPlace& place, Extent rows) {
+  std::vector<Extent> extents = place.space.extents;
+  if (rows > place.space.maximum[0] - extents[0]) {
     throw StatementError(Status::out_of_range,
-                         place_.name + " may have " + std::to_string(place_.space.maximum[0]) +
+                         place.name + " may have " + std::to_string(place.space.maximum[0]) +
                              " rows, " + std::to_string(rows) + " more than its " +
                              std::to_string(extents[0]) + " are too many");
   }
@@ -51,10 +47,8 @@ Selection RowGrowth::grow(Extent rows, Extent varying_bytes) {
   selection.count[0] = rows;
   selection.shape = selection.count;
   extents[0] += rows;
-  room_.emplace(place_, selection, varying_bytes);
-  check_done(H5Dset_extent(place_.dataset.get(), extents.data()),
-             [this] { return place_.name + " cannot be extended"; });
-  grown_ = true;
+  check_done(H5Dset_extent(place.dataset.get(), extents.data()),
+             [&place] { return place.name + " cannot be extended"; });
   return selection;
 }
 

@@ -219,17 +219,4 @@ bool is_within(hid_t file, const std::string& path, const std::string& group) {
   return found > 0;
 }
 
-CreationUndo::CreationUndo(hid_t file, const std::string& path) : file_(file), first_made_(path) {
-  for (const std::string& group : way_to(path)) {
-    if (kind_at(file, group) != ObjectKind::none) continue;
-    first_made_ = group;
-    break;
-  }
-}
-
-CreationUndo::~CreationUndo() {
-  if (!first_made_.empty() && H5Lexists(file_, first_made_.c_str(), H5P_DEFAULT) > 0)
-    H5Ldelete(file_, first_made_.c_str(), H5P_DEFAULT);
-}
-
 }  // namespace kelvo

@@ -64,21 +64,4 @@ void remove_name(hid_t file, const std::string& path);
 /// Whether the object at `path` is the group at `group`, or anywhere below it.
 bool is_within(hid_t file, const std::string& path, const std::string& group);
 
-/// Removes what a statement made at a path, the groups made on the way with it, unless the
-/// statement came to its end.
-class CreationUndo {
- public:
-  /// Before anything is made.
-  CreationUndo(hid_t file, const std::string& path);
-  CreationUndo(const CreationUndo&) = delete;
-  CreationUndo& operator=(const CreationUndo&) = delete;
-  ~CreationUndo();
-
-  void keep() noexcept { first_made_.clear(); }
-
- private:
-  hid_t file_;
-  std::string first_made_;
-};
-
 }  // namespace kelvo

@@ -9,6 +9,8 @@
 #include <cstdlib>
 #include <string_view>
 
+#include "storage/driver.h"
+
 namespace kelvo {
 namespace {
 
@@ -32,7 +34,7 @@ void take_over_locking() {
 }
 
 bool is_locked(const std::string& path) {
-  if (!locks_wanted) return false;
+  if (!locks_wanted || is_changed(path)) return false;
   const int descriptor = ::open(path.c_str(), O_RDWR | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return false;
   const bool free = lock_descriptor(descriptor);

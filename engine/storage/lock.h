@@ -15,8 +15,8 @@ namespace kelvo {
 /// HDF5_USE_FILE_LOCKING is FALSE in the environment, no locks are taken here either.
 void take_over_locking();
 
-/// Whether another program holds a lock on the host file. Where the file system has no locks, none
-/// does.
+/// Whether another program holds a lock on the host file; a lock of the running statement is none.
+/// Where the file system has no locks, none does.
 bool is_locked(const std::string& path);
 
 /// Locks an open file until it is closed; false where another program was faster.

@@ -6,6 +6,7 @@
 
 #include "storage/check.h"
 #include "storage/copy.h"
+#include "storage/driver.h"
 #include "storage/entries.h"
 #include "storage/host.h"
 #include "storage/link.h"
@@ -25,6 +26,7 @@ FileHandle create_unfinished(const std::string& path, hid_t creation, const File
   check_done(H5Pset_fclose_degree(access.get(), H5F_CLOSE_STRONG), cannot_repack);
   check_done(H5Pset_libver_bounds(access.get(), options.low.version, options.high.version),
              cannot_repack);
+  set_driver(access.get());
   return FileHandle(check_id(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, creation, access.get()),
                              [&path] { return "File " + quoted(path) + " cannot be created"; }));
 }

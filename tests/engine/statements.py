@@ -36,6 +36,7 @@ class Kelvo:
         self.plugins = self.path("no plug-ins")
         # For sanitized builds, where an allocation that is too large fails as libc's does. What the sanitizer has to say is
         # no output of the program; only a finding ends it, with a status that the program has not.
+        self.faults = {}  # that the program meets; see tests/faults/inject.c
         self.sanitizer_options = {"allocator_may_return_null": 1, "exitcode": FINDING, "log_path": self.path("sanitizer")}
 
     def path(self, name):
@@ -84,7 +85,12 @@ class Kelvo:
             "ASAN_OPTIONS": ":".join(f"{name}={value}" for name, value in self.sanitizer_options.items())}
         if self.plugins is not None:
             environment["HDF5_PLUGIN_PATH"] = str(self.plugins)
+        if self.faults:
+            environment["LD_PRELOAD"] = os.environ["KELVO_FAULTS"]
+            environment["ASAN_OPTIONS"] += ":verify_asan_link_order=0"
+            environment |= {f"FAULT_{name.upper()}": str(value) for name, value in self.faults.items()}
         return environment
+
     def findings(self):
         """What a sanitizer wrote."""
         return "\n".join(log.read_text() for log in self.folder.glob("sanitizer.*"))

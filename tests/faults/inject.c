@@ -1,10 +1,15 @@
 /* A library to preload that makes calls of the program fail, or tells of them, as environment
- * variables ask: FAULT_FOPEN=NUMBER        fopen of the file that FAULT_PATH names fails with this
- * errno FAULT_FREAD=1             fread reads one item less than it was asked for FAULT_FSEEK=1
- * fseek fails FAULT_FTELL=1             ftell answers -1 FAULT_MALLOC=SIZE         malloc of
- * exactly this many bytes fails FAULT_SIGACTION=1         sigaction fails and changes nothing
- *   FAULT_CLOCK_STEP=NUMBER   ftime answers a clock that moves by so many milliseconds from call to
- * call FAULT_STREAMS=PATH        each fopen, with its mode, and fclose is appended to this file
+ * variables ask:
+ *
+ *   FAULT_FOPEN=NUMBER        fopen of the file that FAULT_PATH names fails with this errno
+ *   FAULT_FREAD=1             fread reads one item less than it was asked for
+ *   FAULT_FSEEK=1             fseek fails
+ *   FAULT_FTELL=1             ftell answers -1
+ *   FAULT_MALLOC=SIZE         malloc of exactly this many bytes fails
+ *   FAULT_SIGACTION=1         sigaction fails and changes nothing
+ *   FAULT_PWRITE=NUMBER       the pwrite of this number, counted from 1, fails for want of room
+ *   FAULT_CLOCK_STEP=NUMBER   ftime answers a clock that moves by so many milliseconds each call
+ *   FAULT_STREAMS=PATH        each fopen, with its mode, and fclose is appended to this file
  */
 #define _GNU_SOURCE
 #include <dlfcn.h>
@@ -124,6 +129,27 @@ int sigaction(int signal, const struct sigaction* action, struct sigaction* old_
     return -1;
   }
   return real(signal, action, old_action);
+}
+
+static int is_to_fail(const char* fault, int* calls) {
+  const char* number = getenv(fault);
+  return number != NULL && ++*calls == atoi(number);
+}
+
+static int pwrites = 0;
+
+ssize_t pwrite(int file, const void* bytes, size_t count, off_t offset) {
+  FIND_REAL(pwrite)
+  if (!is_to_fail("FAULT_PWRITE", &pwrites)) return real(file, bytes, count, offset);
+  errno = ENOSPC;
+  return -1;
+}
+
+ssize_t pwrite64(int file, const void* bytes, size_t count, off64_t offset) {
+  FIND_REAL(pwrite64)
+  if (!is_to_fail("FAULT_PWRITE", &pwrites)) return real(file, bytes, count, offset);
+  errno = ENOSPC;
+  return -1;
 }
 
 int ftime(struct timeb* now) {
