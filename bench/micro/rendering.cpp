@@ -5,6 +5,7 @@
 
 #include "bench/sample_values.h"
 #include "executor/number_text.h"
+#include "executor/short_text.h"
 
 namespace {
 
@@ -28,6 +29,16 @@ void print_with_libc(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(numbers.size()));
 }
 
+void copy_texts(benchmark::State& state) {
+  const std::vector<std::string> texts = bench::sample_texts();
+  char to[short_text_room];
+  for (auto _ : state) {
+    for (const std::string& text : texts)
+      benchmark::DoNotOptimize(copy_short_text(text.c_str(), to));
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(texts.size()));
+}
+
 }  // namespace
 
 BENCHMARK(write_numbers<std::int32_t>);
@@ -36,3 +47,4 @@ BENCHMARK(write_numbers<std::int64_t>);
 BENCHMARK(write_numbers<std::uint64_t>);
 BENCHMARK(write_numbers<double>);
 BENCHMARK(print_with_libc);
+BENCHMARK(copy_texts);
