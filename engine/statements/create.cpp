@@ -13,7 +13,6 @@
 #include "statements/family.h"
 #include "statements/names.h"
 #include "statements/values.h"
-#include "storage/check.h"
 #include "storage/creation.h"
 #include "storage/element_io.h"
 #include "storage/object.h"
@@ -100,11 +99,13 @@ NewElements parse_new_elements(Parser& parser, bool is_dataset) {
   return made;
 }
 
-// One value for all stays one element, which is written in blocks.
 std::optional<EncodedElements> encode_new(const NewElements& made) {
   if (!made.values) return std::nullopt;
-  const bool for_all = made.values->size() == 1;
-  return encode_values(made.type, *made.values, for_all ? 1 : made.space.elements());
+  return encode_values(made.type, *made.values, made.space.elements());
+}
+
+void write_new(const ElementPlace& place, const EncodedElements& elements) {
+  write_values(place, resolve_slice({}, place.space, place.name), elements);
 }
 
 Answer create_dataset_statement(Parser& parser, Session& session) {
@@ -116,11 +117,8 @@ Answer create_dataset_statement(Parser& parser, Session& session) {
   const std::optional<EncodedElements> elements = encode_new(made);
   DatasetHandle dataset =
       create_dataset(target.file, target.path, made.type, made.space, made.options);
-  if (elements) {
-    const ElementPlace place = place_of(std::move(dataset), "Dataset " + quoted(target.path));
-    elements->count() == 1 ? write_everywhere(place, elements->data())
-                           : write_whole(place, *elements);
-  }
+  if (elements)
+    write_new(place_of(std::move(dataset), "Dataset " + quoted(target.path)), *elements);
   return nullptr;
 }
 
@@ -132,14 +130,11 @@ Answer create_attribute_statement(Parser& parser, Session& session) {
   const ObjectHandle object = open_object(target.file, target.path);
   if (optional && has_attribute(object.get(), *target.attribute)) return nullptr;
   expect_free_attribute(object.get(), *target.attribute, target.shown());
-  std::optional<EncodedElements> elements = encode_new(made);
+  const std::optional<EncodedElements> elements = encode_new(made);
   AttributeHandle attribute =
       create_attribute(object.get(), *target.attribute, target.shown(), made.type, made.space);
-  const Extent count = made.space.elements();
-  if (elements && count > 0) {
-    if (elements->count() != count) elements->repeat(static_cast<std::size_t>(count));
-    write_whole(place_of(std::move(attribute), "Attribute " + quoted(target.shown())), *elements);
-  }
+  if (elements)
+    write_new(place_of(std::move(attribute), "Attribute " + quoted(target.shown())), *elements);
   return nullptr;
 }
 

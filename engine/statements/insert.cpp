@@ -134,17 +134,20 @@ Selection grow_for(const ElementPlace& place, Extent elements) {
   return add_rows(place, elements / row);
 }
 
+// Appended values fill rows; one alone is for all elements of a row.
+void append_values(const ElementPlace& place, const std::vector<Literal>& values) {
+  const bool one_for_all = values.size() == 1;
+  const EncodedElements elements = encode_values(place.type, values, values.size());
+  write_values(place, grow_for(place, one_for_all ? elements_of_row(place) : values.size()),
+               elements);
+}
+
 void insert_values(const ElementPlace& place, const Insertion& insertion) {
   const std::vector<Literal>& values = *insertion.source.values;
-  const bool one_for_all = !insertion.append || values.size() == 1;
-  if (!insertion.append) {
-    const Selection selection = resolve_slice(insertion.slice, place.space, place.name);
-    const EncodedElements elements = encode_values(place.type, values, selection.elements());
-    return write_elements(place, selection, elements.data());
-  }
-  const EncodedElements elements =
-      encode_values(place.type, values, one_for_all ? elements_of_row(place) : values.size());
-  write_elements(place, grow_for(place, elements.count()), elements.data());
+  if (insertion.append) return append_values(place, values);
+  const Selection selection = resolve_slice(insertion.slice, place.space, place.name);
+  const EncodedElements elements = encode_values(place.type, values, selection.elements());
+  write_values(place, selection, elements);
 }
 
 using StreamPointer = std::unique_ptr<ElementStream>;

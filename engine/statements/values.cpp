@@ -4,6 +4,7 @@
 #include <string>
 
 #include "error.h"
+#include "storage/element_writer.h"
 
 namespace kelvo {
 
@@ -16,12 +17,14 @@ EncodedElements encode_values(const Type& type, const std::vector<Literal>& valu
   }
   EncodedElements elements(type);
   for (const Literal& value : values) elements.append(value);
-  if (values.size() != count) elements.repeat(static_cast<std::size_t>(count));
   return elements;
 }
 
-void write_whole(const ElementPlace& place, const EncodedElements& elements) {
-  write_elements(place, resolve_slice({}, place.space, place.name), elements.data());
+void write_values(const ElementPlace& place, const Selection& selection,
+                  const EncodedElements& elements) {
+  const Extent copies = selection.elements() / elements.count();
+  if (copies == 1) return write_elements(place, selection, elements.data());
+  write_repeated(place, selection, elements.data());
 }
 
 }  // namespace kelvo

@@ -8,11 +8,12 @@
 
 namespace kelvo {
 
-/// The values as `count` elements: as many values as elements, or one for all. Throws where their
-/// number or one of them does not fit. `type` must outlive the result.
+/// The values of `count` elements: as many as these, or one for all, which stays one. Throws where
+/// their number or one of them does not fit. `type` must outlive the result.
 EncodedElements encode_values(const Type& type, const std::vector<Literal>& values, Extent count);
 
-/// Writes all elements of a place.
-void write_whole(const ElementPlace& place, const EncodedElements& elements);
+/// Writes what encode_values gave for the elements of the selection.
+void write_values(const ElementPlace& place, const Selection& selection,
+                  const EncodedElements& elements);
 
 }  // namespace kelvo

@@ -3,9 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
-#include "storage/box_walk.h"
 #include "storage/check.h"
 #include "storage/datatype.h"
 #include "storage/object.h"
@@ -171,13 +169,6 @@ H5D_alloc_time_t allocation_time(Allocation allocation) {
   return H5D_ALLOC_TIME_INCR;
 }
 
-std::vector<std::byte> repeated(const std::byte* element, std::size_t size, Extent count) {
-  std::vector<std::byte> bytes(static_cast<std::size_t>(count) * size);
-  for (std::size_t at = 0; at < bytes.size(); at += size)
-    std::memcpy(bytes.data() + at, element, size);
-  return bytes;
-}
-
 }  // namespace
 
 std::vector<Extent> choose_chunk(const Space& space, std::size_t element_size) {
@@ -259,17 +250,6 @@ AttributeHandle create_attribute(hid_t object, const std::string& name, const st
 void expect_free_attribute(hid_t object, const std::string& name, const std::string& shown) {
   if (has_attribute(object, name)) {
     throw StatementError(Status::exists_already, "Attribute " + quoted(shown) + " already exists");
-  }
-}
-
-void write_everywhere(const ElementPlace& place, const std::byte* element) {
-  BoxWalk walk(place.space, chunk_of(place.dataset.get()), place.type.size);
-  std::vector<std::byte> bytes;
-  Selection box;
-  while (walk.next(&box)) {
-    // The first box is the largest.
-    if (bytes.empty()) bytes = repeated(element, place.type.size, box.elements());
-    write_elements(place, box, bytes.data());
   }
 }
 

@@ -32,9 +32,6 @@ AttributeHandle create_attribute(hid_t object, const std::string& name, const st
 /// Throws unless the object has no attribute of this name; `shown` as messages show it.
 void expect_free_attribute(hid_t object, const std::string& name, const std::string& shown);
 
-/// Writes one element, laid out as the place's type says, everywhere in a dataset; in blocks.
-void write_everywhere(const ElementPlace& place, const std::byte* element);
-
 /// The chunk shape chosen where none is given: about 256 KiB, the fastest dimensions whole first.
 std::vector<Extent> choose_chunk(const Space& space, std::size_t element_size);
 

@@ -116,11 +116,6 @@ ElementPlace described(ElementPlace place, hid_t space, hid_t file_type) {
   return place;
 }
 
-bool selects_all(const Selection& selection, const Space& space) {
-  return std::equal(selection.count.begin(), selection.count.end(), space.extents.begin(),
-                    space.extents.end());
-}
-
 }  // namespace
 
 void read_elements(const ElementPlace& place, hid_t memory_space, hid_t file_space,
@@ -281,7 +276,7 @@ void write_elements(const ElementPlace& place, const Selection& selection, const
   if (elements == 0) return;
   if (place.attribute) return write_attribute(place, selection, bytes);
   const std::string what = place.name + " cannot be written";
-  BlockWalk walk(selection, must_come_singly(selection) ? 1 : elements);
+  BlockWalk walk(selection, std::min(elements, most_elements_together(place, selection)));
   while (walk.next()) {
     const HyperslabSpaces spaces =
         hyperslab_spaces(place, walk.start(), selection.stride, walk.count(), what);

@@ -23,4 +23,8 @@ class ElementWriter {
   BlockWalk walk_;
 };
 
+/// Writes one element, laid out as the place's type says, everywhere in the selection; in blocks.
+void write_repeated(const ElementPlace& place, const Selection& selection,
+                    const std::byte* element);
+
 }  // namespace kelvo

@@ -107,15 +107,33 @@ constexpr std::array<Beginning, 11> beginnings = {{
     {"\x93NUMPY", "a NumPy file"},
 }};
 
-constexpr std::string_view hdf5_signature = "\x89HDF\r\n\x1a\n";
-
+// Enough for the superblock, and the driver's name behind it.
 std::string first_bytes(const std::string& path) {
-  std::array<char, 32> bytes{};
+  std::array<char, 256> bytes{};
   std::ifstream file(path, std::ios::binary);
   file.read(bytes.data(), bytes.size());
   return {bytes.data(), static_cast<std::size_t>(file.gcount())};
 }
 
+// Drivers that spread a file over several write their names behind the superblock of the first.
+constexpr std::array<Cause, 2> drivers = {{
+    {"NCSAfami", Status::hdf5_refused,
+     "is one file of a family (with %d in the place of its number the name opens them all)"},
+    {"NCSAmult", Status::not_available,
+     "is one file of several that were written by the split or multi driver; this engine reads "
+     "single files and families"},
+}};
+
+// Throws where the file was written by one of these drivers.
+void refuse_part(const std::string& path) {
+  const std::string bytes = first_bytes(path);
+  for (const Cause& driver : drivers) {
+    if (bytes.find(driver.words) != std::string::npos)
+      refuse(driver.status, path, std::string(driver.why));
+  }
+}
+
+constexpr std::string_view hdf5_signature = "\x89HDF\r\n\x1a\n";
 // What a file that has no HDF5 signature is instead.
 std::string what_instead(const std::string& bytes) {
   if (bytes.starts_with(hdf5_signature)) return " that can be read: its superblock is damaged";
@@ -151,6 +169,7 @@ void check_host_file(const std::string& path, Access access) {
 void fail_open(const std::string& path, const std::string& first) {
   const std::string reason = hdf5_reason();
   const std::string stack = hdf5_error_stack();
+  if (path == first) refuse_part(path);
   const std::size_t truncated = stack.find("truncated file");
   if (truncated != std::string::npos)
     refuse(Status::hdf5_refused, path, truncation(std::string_view(stack).substr(truncated)));

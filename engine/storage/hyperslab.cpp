@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "storage/check.h"
+#include "storage/creation.h"
 #include "storage/object.h"
 
 namespace kelvo {
@@ -25,18 +26,37 @@ DataspaceHandle memory_space(const std::vector<Extent>& stride, const std::vecto
   return make_space(space);
 }
 
-}  // namespace
-
-// Of chunks with as many dimensions as there can be: it divides by zero then unless the shapes are
-// the same.
+// Of chunks with as many dimensions as there can be the library divides by zero, unless the shapes
+// are the same.
 bool must_come_singly(const Selection& selection) {
   return selection.count.size() == H5S_MAX_RANK && leaves_gaps(selection.stride, selection.count);
 }
 
+// The library looks at each chunk between the first and the last element that it is asked for, also
+// at those that the steps pass over: where they are very many, each step is asked for alone.
+Extent elements_of_wide_step(const ElementPlace& place, const Selection& selection) {
+  constexpr Extent most_passed_over = 1000;
+  const bool is_wide = std::any_of(selection.stride.begin(), selection.stride.end(),
+                                   [](Extent stride) { return stride > most_passed_over; });
+  if (!is_wide) return unlimited;
+  const std::vector<Extent> chunk = chunk_of(place.dataset.get());
+  Extent below = 1;
+  for (std::size_t d = chunk.size(); d-- > 0; below *= selection.count[d]) {
+    if (selection.count[d] > 1 && selection.stride[d] / chunk[d] > most_passed_over) return below;
+  }
+  return unlimited;
+}
+
+}  // namespace
+
+Extent most_elements_together(const ElementPlace& place, const Selection& selection) {
+  return must_come_singly(selection) ? 1 : elements_of_wide_step(place, selection);
+}
+
 Extent elements_at_once(const ElementPlace& place, const Selection& selection, std::size_t bytes) {
   if (place.attribute) return std::max<Extent>(1, selection.elements());
-  if (must_come_singly(selection)) return 1;
-  return std::max<Extent>(1, bytes / std::max<std::size_t>(1, place.type.size));
+  const Extent fitting = std::max<Extent>(1, bytes / std::max<std::size_t>(1, place.type.size));
+  return std::min(fitting, most_elements_together(place, selection));
 }
 
 HyperslabSpaces hyperslab_spaces(const ElementPlace& place, const std::vector<Extent>& start,

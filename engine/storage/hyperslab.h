@@ -8,8 +8,8 @@
 
 namespace kelvo {
 
-/// Whether the library can take the elements of the selection only one by one.
-bool must_come_singly(const Selection& selection);
+/// Elements of the selection of a dataset that one call of the library may be asked for.
+Extent most_elements_together(const ElementPlace& place, const Selection& selection);
 
 /// Elements of the selection that are read or written at once: as many as fit `bytes`, but one at
 /// least. Of an attribute all, as the library takes these whole.

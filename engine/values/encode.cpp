@@ -205,15 +205,6 @@ void EncodedElements::clear() {
   sequences_.clear();
 }
 
-void EncodedElements::repeat(std::size_t count) {
-  const std::vector<std::byte> one(bytes_.begin(),
-                                   bytes_.begin() + static_cast<std::ptrdiff_t>(type_->size));
-  bytes_.resize(count * type_->size);
-  for (std::size_t i = 0; i < count; ++i)
-    std::memcpy(bytes_.data() + i * type_->size, one.data(), type_->size);
-  count_ = count;
-}
-
 void EncodedElements::encode(const Type& type, const Literal& literal, std::byte* element) {
   switch (type.kind) {
     case Kind::integer:

@@ -46,9 +46,6 @@ class EncodedElements {
 
   [[nodiscard]] const Type& type() const noexcept { return *type_; }
 
-  /// Makes the one element stand `count` times.
-  void repeat(std::size_t count);
-
  private:
   void encode(const Type& type, const Literal& literal, std::byte* element);
   void encode_compound(const Type& type, const Literal& literal, std::byte* element);

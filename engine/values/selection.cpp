@@ -61,6 +61,14 @@ Extent Selection::elements() const {
   return elements;
 }
 
+bool selects_all(const Selection& selection, const Space& space) {
+  // Rows that are about to be added may be as many as there are.
+  const bool from_begin = std::all_of(selection.start.begin(), selection.start.end(),
+                                      [](Extent start) { return start == 0; });
+  return from_begin && std::equal(selection.count.begin(), selection.count.end(),
+                                  space.extents.begin(), space.extents.end());
+}
+
 Selection resolve_slice(const Slice& slice, const Space& space, const std::string& name) {
   const std::vector<SliceItem> items = fill_in(slice, space.extents.size(), name);
   Selection selection;

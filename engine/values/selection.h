@@ -22,6 +22,9 @@ struct Selection {
   [[nodiscard]] Extent elements() const;
 };
 
+/// Whether the selection is all of an object with that space.
+bool selects_all(const Selection& selection, const Space& space);
+
 /// NumPy's meaning: negative counts from the end, a bound outside is clipped, a single index
 /// outside is an error. `name` as messages show the object: `Dataset "/x"`.
 Selection resolve_slice(const Slice& slice, const Space& space, const std::string& name);

@@ -117,6 +117,28 @@ def test_many_blocks(kelvo, large, name, threads):
     assert rows[2:] == ["3.000000"] * 2
 
 
+@pytest.mark.parametrize("version", ["earliest", "latest"])
+@pytest.mark.parametrize("compression", [None, "gzip"])
+def test_steps_that_pass_over_very_many_chunks(kelvo, version, compression):
+    """A billion chunks, of which a handful is looked at: whoever walks over them all is not back in time."""
+    extent, step = 10**15, 10**14
+    with h5py.File(kelvo.path("a.h5"), "w", libver=version) as file:
+        line = file.create_dataset("line", (extent,), "i4", chunks=(10**6,), compression=compression, fillvalue=-1)
+        line[5] = 1
+        line[7 * step + 5:7 * step + 7] = 2
+        plane = file.create_dataset("plane", (10**7, 3), "i2", chunks=(2, 2), compression=compression)
+        plane[9_999_999] = [4, 5, 6]
+    statements = ["USE FILE a.h5", f"SELECT * FROM line[5::{step}]", "SELECT * FROM plane[::9999999]",
+                  "SELECT * FROM plane[3::9999996, 1:]"]
+    assert kelvo.rows(*statements) == ["1", *["-1"] * 6, "2", "-1", "-1", "0 0 0", "4 5 6", "0 0", "5 6"]
+    kelvo.rows("USE FILE a.h5", f"INSERT INTO line[6::{step}] VALUES (1, 2, 3, 4, 5, 6, 7, 8, 9, 10)",
+               "INSERT INTO plane[::9999999, 1] VALUES (8)")
+    with h5py.File(kelvo.path("a.h5")) as file:
+        assert [file["line"][6 + i * step] for i in range(10)] == list(range(1, 11))
+        assert file["line"][7 * step + 5] == 2
+        assert file["plane"][0].tolist() == [0, 8, 0] and file["plane"][9_999_999].tolist() == [4, 8, 6]
+
+
 def test_chunks_that_were_never_written(kelvo):
     with h5py.File(kelvo.path("a.h5"), "w") as file:
         for name, fill, time in (("zero", 0, "IFSET"), ("seven", 7, "ALLOC"), ("never", 7, "NEVER")):

@@ -249,6 +249,33 @@ def test_reals_are_read_as_python_reads_them(file):
     assert list(map(repr, data(file, "reals"))) == [repr(float(text)) for text in texts]
 
 
+# --- One value for all ---
+
+@pytest.mark.parametrize("storage", [{}, {"chunks": (300, 7), "compression": "gzip"}], ids=["contiguous", "chunked"])
+@pytest.mark.parametrize("written, slice_", [
+    ("", np.s_[...]), ("[::2]", np.s_[::2]), ("[5:, 1]", np.s_[5:, 1]), ("[-3:, ::3]", np.s_[-3:, ::3]), ("[7:7]", np.s_[7:7]),
+])
+def test_one_value_for_all(kelvo, storage, written, slice_):
+    """More of them than a block of a MiB."""
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        for name, dtype in (("n", "i8"), ("s", h5py.string_dtype())):
+            made.create_dataset(name, (30_000, 20), dtype, **storage)
+    expected = np.zeros((30_000, 20), "i8")
+    expected[slice_] = 7
+    kelvo.rows("USE FILE a.h5", f"INSERT INTO n {written} VALUES (7)", f"INSERT INTO s {written} VALUES ('seven')")
+    with h5py.File(kelvo.path("a.h5")) as made:
+        assert np.array_equal(made["n"][...], expected)
+        assert np.array_equal(made["s"][...] == b"seven", expected == 7)
+
+
+def test_one_value_for_each_appended_row(kelvo):
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made.create_dataset("x", (0, 300_000), "i8", maxshape=(None, 300_000), chunks=(1, 100_000))
+    kelvo.rows("USE FILE a.h5", *(f"INSERT INTO x APPEND VALUES ({i})" for i in (1, 2, 3)))
+    with h5py.File(kelvo.path("a.h5")) as made:
+        assert made["x"].shape == (3, 300_000) and (made["x"][...] == [[1], [2], [3]]).all()
+
+
 # --- APPEND ---
 
 @pytest.mark.parametrize("rest, rows", [
@@ -301,6 +328,18 @@ def limit_file_size(size):
         signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
         resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
     return limit
+
+
+@pytest.mark.parametrize("statement", ["CREATE DATASET new BIGINT [100000] VALUES (1)",
+                                       "CREATE DATASET new VARCHAR [10000] VALUES ('twenty bytes of text')"])
+def test_full_disk_makes_no_dataset(kelvo, statement):
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made["x"] = [1, 2]
+    size = os.path.getsize(kelvo.path("a.h5"))
+    answer = kelvo.run("USE FILE a.h5", statement, preexec_fn=limit_file_size(size + 50_000), restore_signals=False)
+    assert (answer.status, answer.message) == (-8, f'File "{kelvo.path("a.h5")}" cannot be written: File too large')
+    with h5py.File(kelvo.path("a.h5")) as made:
+        assert list(made) == ["x"] and made["x"][...].tolist() == [1, 2]
 
 
 def test_full_disk_leaves_the_file_as_it_was(kelvo):

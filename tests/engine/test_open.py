@@ -274,6 +274,22 @@ def test_family_with_a_part_missing(kelvo):
     assert message.startswith(refusal(kelvo, "part%d.h5", "is truncated: it has "))
 
 
+@pytest.mark.parametrize("version", ["earliest", "latest"])
+def test_one_file_of_a_family(kelvo, version):
+    with h5py.File(kelvo.path("part%d.h5"), "w", driver="family", memb_size=4096, libver=version) as file:
+        file["numbers"] = np.arange(5000)
+    assert kelvo.error("USE FILE part0.h5") == (DAMAGED, refusal(
+        kelvo, "part0.h5", "is one file of a family (with %d in the place of its number the name opens them all)"))
+
+
+def test_one_file_of_the_split_driver(kelvo):
+    with h5py.File(kelvo.path("run"), "w", driver="split") as file:
+        file["numbers"] = np.arange(50)
+    assert kelvo.error("USE FILE run-m.h5") == (-7, refusal(
+        kelvo, "run-m.h5", "is one file of several that were written by the split or multi driver; this engine reads "
+        "single files and families"))
+
+
 @pytest.mark.parametrize("name", ["part%d.h5", "%s", "%n%n%d", "%d%d", "a%.h5", "%99999999999999999999d", "%"])
 def test_names_that_could_be_formats(kelvo, name):
     assert kelvo.error(f"USE FILE {name}") == (-3, refusal(kelvo, name, "does not exist"))
