@@ -37,6 +37,7 @@ Type text_type() {
   Type type;
   type.kind = Kind::varying_text;
   type.size = type.file_size = sizeof(char*);
+  type.padding = Padding::null_terminated;
   return type;
 }
 

@@ -8,6 +8,7 @@
 #include "storage/copy.h"
 #include "storage/driver.h"
 #include "storage/entries.h"
+#include "storage/file_causes.h"
 #include "storage/host.h"
 #include "storage/link.h"
 #include "storage/object.h"
@@ -112,6 +113,7 @@ void check_copy(hid_t source, const std::string& path, const FileOptions& option
 
 void repack_file(const std::string& from, const std::string& to, const FileOptions& options) {
   const FileHandle source = open_file(from, Access::read, options);
+  check_creatable(to);
   refuse_links_to_root(source.get());
   const PropertyHandle creation = creation_of(source.get());
   const UnfinishedFile unfinished(to);

@@ -46,10 +46,9 @@ Literal text_literal(LiteralKind kind, std::string text) {
 // a name by its number.
 Literal enumeration_literal(const Type& type, const std::byte* element) {
   const std::uint64_t bits = load_integer(element, type.size, type.order, type.is_signed);
-  for (const EnumName& name : type.names) {
-    if (name.bits == bits) return text_literal(LiteralKind::string, name.name);
-  }
-  return integer_literal(type, element);
+  const EnumName* name = name_of(type, bits);
+  return name != nullptr ? text_literal(LiteralKind::string, name->name)
+                         : integer_literal(type, element);
 }
 
 Literal list_literal(const Type& base, const std::byte* items, std::size_t count,

@@ -55,9 +55,8 @@ void append_hex(unsigned char byte, std::string* text) {
 void append_enumeration(const Type& type, const std::byte* element, bool nested,
                         std::string* text) {
   const std::uint64_t bits = load_integer(element, type.size, type.order, type.is_signed);
-  const auto name = std::find_if(type.names.begin(), type.names.end(),
-                                 [bits](const EnumName& one) { return one.bits == bits; });
-  if (name != type.names.end()) {
+  const EnumName* name = name_of(type, bits);
+  if (name != nullptr) {
     *text += nested ? string_literal(name->name) : name->name;
   } else if (type.is_signed) {
     append_shortest(static_cast<std::int64_t>(bits), text);

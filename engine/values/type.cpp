@@ -202,6 +202,18 @@ std::uint64_t Type::array_length() const {
   return length;
 }
 
+const EnumName* name_of(const Type& enumeration, std::uint64_t bits) {
+  const std::vector<EnumName>& names = enumeration.names;
+  if (names.empty()) return nullptr;
+  // Most are numbered one after the other.
+  const std::uint64_t guess = bits - names[0].bits;
+  if (guess < names.size() && names[static_cast<std::size_t>(guess)].bits == bits)
+    return &names[static_cast<std::size_t>(guess)];
+  const auto found = std::find_if(names.begin(), names.end(),
+                                  [bits](const EnumName& one) { return one.bits == bits; });
+  return found == names.end() ? nullptr : &*found;
+}
+
 std::size_t integer_size_in_memory(std::size_t file_size) {
   std::size_t size = 1;
   while (size < file_size && size < 8) size *= 2;

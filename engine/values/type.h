@@ -88,6 +88,9 @@ struct Member {
   Type type;
 };
 
+/// The name of a value of an enumeration; null where none has it.
+const EnumName* name_of(const Type& enumeration, std::uint64_t bits);
+
 /// Bytes of the machine's integer that holds the file's: 1, 2, 4 or 8.
 std::size_t integer_size_in_memory(std::size_t file_size);
 

@@ -139,3 +139,18 @@ def test_values_nested_without_end_are_refused(kelvo):
     kelvo.rows("CREATE FILE a.h5", "USE FILE a.h5", "CREATE DATASET x INT")
     assert kelvo.error("USE FILE a.h5", "INSERT INTO x VALUES (" + "[" * 100_000) == (
         -1, "Expected at most 200 levels", 23 + 200)
+
+
+# --- Padding ---
+
+@pytest.mark.parametrize("type_text, stored", [
+    ("CHAR(5)", [b"ab\0\0\0", b"\0\0\0\0\0", b"a b \0"]), ("CHAR(5) NULLTERM", [b"ab\0\0\0", b"\0\0\0\0\0", b"a b \0"]),
+    ("CHAR(5) SPACEPAD", [b"ab   ", b"     ", b"a b  "]),
+])
+def test_fixed_strings_are_filled_up_as_their_type_says(kelvo, type_text, stored):
+    kelvo.rows("CREATE FILE a.h5", "USE FILE a.h5", f"CREATE DATASET x {type_text} [3] VALUES ('ab', '', 'a b ')")
+    with h5py.File(kelvo.path("a.h5")) as file:
+        assert file["x"].id.get_offset() > 0
+        with open(kelvo.path("a.h5"), "rb") as raw:
+            raw.seek(file["x"].id.get_offset())
+            assert raw.read(15) == b"".join(stored)
