@@ -98,7 +98,7 @@ class Reader {
   // `part`, or several of them with the keyword between: one flat node, however many there are.
   Expression chain(Part part, std::string_view keyword, Operation operation) {
     Expression first = (this->*part)();
-    if (!parser_.peek(Mode::expression).is_keyword(keyword)) return first;
+    if (!parser_.at_keyword(keyword, Mode::expression)) return first;
     check_condition(first);
     Expression all = node(operation, std::move(first));
     while (accept(keyword)) {

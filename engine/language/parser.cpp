@@ -68,7 +68,7 @@ Token Parser::take(Mode mode) {
   return token;
 }
 
-bool Parser::accept_keyword(std::string_view keywords, Mode mode) {
+bool Parser::accept_words(std::string_view keywords, Mode mode) {
   const std::size_t start = offset_;
   for (std::string_view rest = keywords; !rest.empty();) {
     if (!peek(mode).is_keyword(first_word(&rest))) {
@@ -81,15 +81,38 @@ bool Parser::accept_keyword(std::string_view keywords, Mode mode) {
   return true;
 }
 
+void Parser::note_missing(std::string_view keywords) {
+  if (missing_at_ != offset_) missing_.clear();
+  missing_at_ = offset_;
+  if (std::find(missing_.begin(), missing_.end(), keywords) == missing_.end())
+    missing_.emplace_back(keywords);
+}
+
+bool Parser::at_keyword(std::string_view keyword, Mode mode) {
+  if (peek(mode).is_keyword(keyword)) return true;
+  note_missing(keyword);
+  return false;
+}
+
+bool Parser::accept_keyword(std::string_view keywords, Mode mode) {
+  if (accept_words(keywords, mode)) return true;
+  note_missing(keywords);
+  return false;
+}
+
 bool Parser::accept_clause(std::string_view keywords, Mode mode) {
-  if (!accept_keyword(first_word(&keywords), mode)) return false;
-  if (!keywords.empty()) expect_keyword(keywords, mode);
+  std::string_view rest = keywords;
+  if (!accept_words(first_word(&rest), mode)) {
+    note_missing(keywords);
+    return false;
+  }
+  if (!rest.empty()) expect_keyword(rest, mode);
   return true;
 }
 
 bool Parser::accept_call(std::string_view name) {
   const std::size_t start = offset_;
-  if (!accept_keyword(name, Mode::expression)) return false;
+  if (!accept_words(name, Mode::expression)) return false;
   if (accept_symbol("(", Mode::expression)) return true;
   offset_ = start;
   lookahead_.reset();
@@ -114,7 +137,7 @@ bool Parser::accept_symbol(std::string_view symbol, Mode mode) {
 }
 
 void Parser::expect_keyword(std::string_view keywords, Mode mode) {
-  if (!accept_keyword(keywords, mode)) fail_expected(keywords, mode);
+  if (!accept_words(keywords, mode)) fail_expected(keywords, mode);
 }
 
 void Parser::expect_symbol(std::string_view symbol, Mode mode) {
@@ -122,7 +145,12 @@ void Parser::expect_symbol(std::string_view symbol, Mode mode) {
 }
 
 void Parser::expect_end(Mode mode) {
-  if (!at_end(mode)) fail_expected("the end of the statement", mode);
+  if (at_end(mode)) return;
+  std::string words;
+  if (missing_at_ == offset_) {
+    for (const std::string& keywords : missing_) words += (words.empty() ? "" : ", ") + keywords;
+  }
+  fail_expected(words + (words.empty() ? "" : " or ") + "the end of the statement", mode);
 }
 
 bool Parser::at_end(Mode mode) {

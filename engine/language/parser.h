@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "language/lexer.h"
 
@@ -43,6 +44,8 @@ class Parser {
   /// The next token, consumed.
   Token take(Mode mode = Mode::words);
 
+  /// Whether the keyword (in capitals) is next.
+  bool at_keyword(std::string_view keyword, Mode mode = Mode::words);
   /// Consumes the keyword (in capitals) if it is next. `keywords` may be several, separated by one
   /// blank: all or none.
   bool accept_keyword(std::string_view keywords, Mode mode = Mode::words);
@@ -58,6 +61,8 @@ class Parser {
   /// As accept, but anything else is an error that names what was expected.
   void expect_keyword(std::string_view keywords, Mode mode = Mode::words);
   void expect_symbol(std::string_view symbol, Mode mode = Mode::words);
+  /// The error names the keywords too that were looked for here in vain, as all of them could stand
+  /// here.
   void expect_end(Mode mode = Mode::words);
   /// Whether the statement ends here. Throws where something stands behind its ";".
   bool at_end(Mode mode = Mode::words);
@@ -88,6 +93,8 @@ class Parser {
   [[noreturn]] void fail_expected_value(std::string_view what);
 
  private:
+  bool accept_words(std::string_view keywords, Mode mode);
+  void note_missing(std::string_view keywords);
   bool goes_on(const std::string& path);
   void attribute_rest(ObjectName* object);
   ObjectName file_rest(ObjectName object);
@@ -96,7 +103,9 @@ class Parser {
   std::size_t depth_ = 0;   // of grammars within grammars
   std::size_t offset_ = 0;  // of the first byte not consumed
   Mode mode_ = Mode::words;
-  std::optional<Token> lookahead_;  // the token at offset_, read in mode_
+  std::optional<Token> lookahead_;    // the token at offset_, read in mode_
+  std::vector<std::string> missing_;  // keywords looked for in vain at missing_at_
+  std::size_t missing_at_ = 0;
 };
 
 }  // namespace kelvo

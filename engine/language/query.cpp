@@ -125,10 +125,8 @@ Query parse_query(Parser& parser) {
   parse_object(parser, &query);
   if (parser.accept_keyword("WHERE", Mode::expression))
     query.condition = parse_condition(parser, NameForm::plain);
-  if (!query.is_aggregate() && parser.accept_keyword("ORDER", Mode::expression)) {
-    parser.expect_keyword("BY", Mode::expression);
+  if (!query.is_aggregate() && parser.accept_clause("ORDER BY", Mode::expression))
     parse_order(parser, &query);
-  }
   if (parser.accept_keyword("LIMIT", Mode::expression)) {
     query.limit = parser.expect_unsigned("a number of rows");
     if (parser.accept_keyword("OFFSET", Mode::expression))

@@ -46,16 +46,6 @@ constexpr std::array<Clause, 5> clause_table = {{
     {"WHERE", &ClauseSet::where, parse_where},
 }};
 
-[[noreturn]] void fail_no_clause(Parser& parser, const std::vector<const Clause*>& left) {
-  std::string words;
-  for (const Clause* clause : left) {
-    if (!words.empty()) words += ", ";
-    words += clause->keywords;
-  }
-  if (!words.empty()) words += " or ";
-  parser.fail_expected(words + "the end of the statement");
-}
-
 }  // namespace
 
 ObjectName parse_listed_object(Parser& parser) {
@@ -68,15 +58,16 @@ ListingClauses parse_listing_clauses(Parser& parser, ClauseSet set) {
     if (clause.needed == nullptr || set.*clause.needed) left.push_back(&clause);
   }
   ListingClauses clauses;
-  while (!parser.at_end()) {
+  for (;;) {
     const auto next = std::find_if(left.begin(), left.end(), [&parser](const Clause* clause) {
       return parser.accept_clause(clause->keywords);
     });
-    if (next == left.end()) fail_no_clause(parser, left);
+    if (next == left.end()) break;
     const Clause* clause = *next;
     left.erase(next);
     clause->parse(parser, &clauses);
   }
+  parser.expect_end();
   return clauses;
 }
 

@@ -106,7 +106,7 @@ def test_what_is_no_statement(file):
     assert file.error("DROP DATASET g LIKE 'x' ESCAPE 'ab'") == (-1, "Expected one escape character", 32)
     assert file.error("DROP ATTRIBUTE g") == (
         -1, 'Expected "@" and the name of an attribute, or LIKE, found the end of the statement', 17)
-    assert file.error("DROP GROUP g RECURSIVE") == (-1, 'Expected the end of the statement, found "RECURSIVE"', 14)
+    assert file.error("DROP GROUP g RECURSIVE") == (-1, 'Expected LIKE or the end of the statement, found "RECURSIVE"', 14)
     assert file.error("DROP all") == (
         -1, 'Expected DIRECTORY, FILE, GROUP, DATASET, ATTRIBUTE, LINK or EXTERNAL, found "all"', 6)
 

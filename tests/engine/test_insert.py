@@ -78,8 +78,8 @@ def test_what_select_gives_arrives(file, rest, name, values):
     ("c SELECT a FROM c", (-5, "Element 0: Value 1 is no value of COMPOUND (one is written (1, 'a') or {id: 1, name: 'a'})")),
     ("x SELECT nix FROM c", None),
     ("refs SELECT * FROM refs", (-5, "Element 0: Value '/x' is no value of REFERENCE")),
-    ("x SELECT * FROM x FORMAT CSV", (-1, 'Expected the end of the statement, found "FORMAT"', 31)),
-    ("x SELECT * FROM x INTO f.csv", (-1, 'Expected the end of the statement, found "INTO"', 31)),
+    ("x SELECT * FROM x FORMAT CSV", (-1, 'Expected IN, WHERE, ORDER BY, LIMIT or the end of the statement, found "FORMAT"', 31)),
+    ("x SELECT * FROM x INTO f.csv", (-1, 'Expected IN, WHERE, ORDER BY, LIMIT or the end of the statement, found "INTO"', 31)),
 ])
 def test_select_is_refused_where_it_does_not_fit(file, rest, error):
     before = file.path("a.h5").read_bytes()
@@ -314,7 +314,7 @@ def test_append_is_refused(file, rest, status, message):
     ("INSERT x", 8, 'Expected INTO, found "x"'),
     ("INSERT INTO x", 14, "Expected APPEND, VALUES, FROM or SELECT, found the end of the statement"),
     ("INSERT INTO x APPEND", 21, "Expected VALUES, FROM or SELECT, found the end of the statement"),
-    ("INSERT INTO x FROM v.csv HEADERS", 26, 'Expected the end of the statement, found "HEADERS"'),
+    ("INSERT INTO x FROM v.csv HEADERS", 26, 'Expected HEADER or the end of the statement, found "HEADERS"'),
 ])
 def test_syntax(file, rest, position, message):
     assert file.error("USE FILE a.h5", rest) == (-1, message, position)

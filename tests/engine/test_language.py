@@ -95,8 +95,9 @@ def test_quotes_around_the_names_of_a_path(file, written):
 
 
 def test_quotes_around_a_part_of_a_name(file):
-    assert file.error("USE FILE a.h5", 'SELECT * FROM "x"y') == (-1, 'Expected the end of the statement, found "y"', 18)
-    assert file.error("USE FILE a.h5", 'SELECT * FROM "x" /y') == (-1, 'Expected the end of the statement, found "/"', 19)
+    rest = "Expected IN, WHERE, ORDER BY, LIMIT, FORMAT, INTO or the end of the statement"
+    assert file.error("USE FILE a.h5", 'SELECT * FROM "x"y') == (-1, f'{rest}, found "y"', 18)
+    assert file.error("USE FILE a.h5", 'SELECT * FROM "x" /y') == (-1, f'{rest}, found "/"', 19)
 
 
 def test_strings_between_double_quotes(file):

@@ -219,14 +219,14 @@ def test_names_that_need_quoting(kelvo):
      (-5, '"/out" is an external link, not a link (SHOW EXTERNAL LINK shows where it leads)')),
     ("SHOW EXTERNAL LINK soft", (-5, '"/soft" is a link, not an external link (SHOW LINK shows where it leads)')),
     ("SHOW GROUP LIKE 'a' ESCAPE 'bc'", (-1, "Expected one escape character", 28)),
-    ("SHOW GROUP x y", (-1, "Expected LIKE, GLOB, RECURSIVE, BY ORDER, WHERE or the end of the statement, "
+    ("SHOW GROUP x y", (-1, "Expected IN, LIKE, GLOB, RECURSIVE, BY ORDER, WHERE or the end of the statement, "
                             'found "y"', 14)),
     ("SHOW ATTRIBUTE x RECURSIVE",
-     (-1, 'Expected LIKE, GLOB, BY ORDER or the end of the statement, found "RECURSIVE"', 18)),
+     (-1, 'Expected IN, LIKE, GLOB, BY ORDER or the end of the statement, found "RECURSIVE"', 18)),
     ("SHOW GROUP LIKE 'a' LIKE 'b'",
-     (-1, 'Expected GLOB, RECURSIVE, BY ORDER, WHERE or the end of the statement, found "LIKE"', 21)),
+     (-1, 'Expected ESCAPE, GLOB, RECURSIVE, BY ORDER, WHERE or the end of the statement, found "LIKE"', 21)),
     ("SHOW GROUP LIKE abc", (-1, 'Expected a pattern (strings stand between single quotes), found "abc"', 17)),
-    ("SHOW GROUP WHERE @a = 1 RECURSIVE", (-1, 'Expected the end of the statement, found "RECURSIVE"', 25)),
+    ("SHOW GROUP WHERE @a = 1 RECURSIVE", (-1, 'Expected AND, OR or the end of the statement, found "RECURSIVE"', 25)),
     ("SHOW TYPE", (-1, "Expected an object, found the end of the statement", 10)),
 ])
 def test_errors(tree, statement, error):

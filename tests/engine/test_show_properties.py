@@ -180,7 +180,7 @@ def test_order(kelvo):
     ("SHOW MEMBER nope", (-3, 'Dataset "/nope" does not exist')),
     ("SHOW OFFSET scalar@no", (-3, 'Attribute "/scalar@no" does not exist')),
     ("SHOW DIMENSION group", (-5, '"/group" is a group, not a dataset')),
-    ("SHOW DIMENSION scalar MAXIMUM", (-1, 'Expected the end of the statement, found "MAXIMUM"', 23)),
+    ("SHOW DIMENSION scalar MAXIMUM", (-1, 'Expected IN, MAX or the end of the statement, found "MAXIMUM"', 23)),
     ("SHOW SIZE group STORAGE", (-5, '"/group" is a group, not a dataset')),
     ("SHOW STORAGE TYPE contiguous@list", (-5, '"/contiguous@list" is an attribute, not a dataset')),
     ("SHOW STORAGE", (-1, "Expected TYPE, ALLOCATION or DIMENSION, found the end of the statement", 13)),
