@@ -7,6 +7,8 @@
 #include <cstring>
 #include <new>
 
+#include "storage/lzf.h"
+
 namespace kelvo {
 namespace {
 
@@ -99,8 +101,8 @@ ChunkDecoder::ChunkDecoder(const ChunkCoding& coding)
   if (coding.filters.size() > 1) between_.reserve(coding.room());
 }
 
-// Bytes that a filter was applied to: only a checksum before it changes their number, as deflate is
-// there once.
+// Bytes that a filter was applied to: only a checksum before it changes their number, as only one
+// compresses.
 std::size_t ChunkDecoder::size_before(std::size_t filter, std::uint32_t mask) const {
   std::size_t size = coding_.chunk_size;
   for (std::size_t i = 0; i < filter; ++i) {
@@ -136,6 +138,10 @@ bool ChunkDecoder::undo(ChunkFilter filter, std::span<const std::byte> bytes, st
   if (filter == ChunkFilter::deflate) {
     return libdeflate_zlib_decompress(decompressor_.get(), bytes.data(), bytes.size(), to, size,
                                       nullptr) == LIBDEFLATE_SUCCESS;
+  }
+  if (filter == ChunkFilter::lzf) {
+    const auto* packed = reinterpret_cast<const std::uint8_t*>(bytes.data());
+    return unpack_lzf({packed, bytes.size()}, {reinterpret_cast<std::uint8_t*>(to), size}) == size;
   }
   if (bytes.size() != size) return false;
   unshuffle(bytes, coding_.element_size, to);

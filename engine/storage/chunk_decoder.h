@@ -14,13 +14,19 @@ struct libdeflate_decompressor;
 
 namespace kelvo {
 
-enum class ChunkFilter { deflate, shuffle, fletcher32 };
+enum class ChunkFilter { deflate, lzf, shuffle, fletcher32 };
+
+/// Whether the filter changes how many bytes there are by what they are.
+constexpr bool compresses(ChunkFilter filter) {
+  return filter == ChunkFilter::deflate || filter == ChunkFilter::lzf;
+}
 
 /// How the chunks of a dataset are coded.
 struct ChunkCoding {
-  std::vector<ChunkFilter> filters;  // as they were applied, each at most once
-  std::size_t element_size = 0;      // bytes, in the file
-  std::size_t chunk_size = 0;        // bytes of a whole chunk
+  // As they were applied: each at most once, and only one that compresses.
+  std::vector<ChunkFilter> filters;
+  std::size_t element_size = 0;  // bytes, in the file
+  std::size_t chunk_size = 0;    // bytes of a whole chunk
 
   /// Bytes that a chunk has between two filters, at most.
   [[nodiscard]] std::size_t room() const noexcept;

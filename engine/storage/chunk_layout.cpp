@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 
+#include "storage/lzf_filter.h"
+
 namespace kelvo {
 namespace {
 
@@ -15,13 +17,14 @@ struct KnownFilter {
   ChunkFilter filter;
 };
 
-constexpr std::array<KnownFilter, 3> known_filters = {{
+constexpr std::array<KnownFilter, 4> known_filters = {{
     {H5Z_FILTER_DEFLATE, ChunkFilter::deflate},
+    {lzf_filter_id, ChunkFilter::lzf},
     {H5Z_FILTER_SHUFFLE, ChunkFilter::shuffle},
     {H5Z_FILTER_FLETCHER32, ChunkFilter::fletcher32},
 }};
 
-// False where a filter is unknown or there twice.
+// False where a filter is unknown or there twice, or is a second one that compresses.
 bool add_filter(hid_t creation, unsigned index, ChunkCoding* coding) {
   unsigned flags = 0;
   std::array<unsigned, 1> values{};
@@ -34,7 +37,10 @@ bool add_filter(hid_t creation, unsigned index, ChunkCoding* coding) {
   const bool is_shuffle = known->filter == ChunkFilter::shuffle;
   if (is_shuffle && (count < 1 || values[0] != coding->element_size)) return false;
   std::vector<ChunkFilter>& filters = coding->filters;
-  if (std::find(filters.begin(), filters.end(), known->filter) != filters.end()) return false;
+  const bool is_refused = std::any_of(filters.begin(), filters.end(), [known](ChunkFilter other) {
+    return other == known->filter || (compresses(other) && compresses(known->filter));
+  });
+  if (is_refused) return false;
   filters.push_back(known->filter);
   return true;
 }

@@ -4,6 +4,8 @@
 
 namespace kelvo {
 
+constexpr int lzf_filter_id = 32000;
+
 /// Makes the filter known to the HDF5 library, for reading and writing.
 void register_lzf_filter();
 
