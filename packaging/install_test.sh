@@ -84,6 +84,22 @@ C
   expect_equal "the C program's answer" "$version" "$(LD_LIBRARY_PATH=$engine_folder "$folder/client")"
 }
 
+# The commands of the page for authors of engines, as they stand there.
+another_engine_takes_the_place() {
+  local documents
+  documents=$(cd "$(dirname "${BASH_SOURCE[0]}")/../docs" && pwd)
+  mkdir "$folder/engine"
+  cp "$documents/engines/counting_engine.c" "$folder/engine"
+  awk '/^```/ { inside = $0 == "```sh"; if (seen++) exit; next } inside' "$documents/engines.md" >"$folder/engine/commands"
+  expect_equal "another engine's answers" "$(printf '%s\n' 1 2 3 "1 2 3 4" "it in any words" \
+    'Expected a number, found "many" (line 1 at position 6 - status -1).')" \
+    "$(cd "$folder/engine" && PATH=$prefix/bin:$PATH bash ./commands)"
+  expect_equal "another engine's functions" "$(exported_functions "$engine_folder/libKelvo.so")" \
+    "$(exported_functions "$folder/engine/libKelvo.so")"
+}
+
+exported_functions() { nm --dynamic --defined-only "$1" | awk '{ print $3 }' | sort; }
+
 # Completes the words as bash would; outside of bash's own completion compopt fails, which changes nothing.
 complete_words() {
   COMP_WORDS=("$@") COMP_CWORD=$(($# - 1))
@@ -116,6 +132,7 @@ program_starts_from_its_new_place
 engine_answers
 run_path_is_relative
 c_program_compiles_and_links
+another_engine_takes_the_place
 help_lists_the_options
 completion_offers_every_option
 completion_finds_the_named_file
