@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <limits>
 #include <utility>
 
 #include "error.h"
@@ -74,10 +75,20 @@ bool Aggregated::only_counts() const {
                      [](const Column& column) { return column.operand == nullptr; });
 }
 
+// There may be more elements than memory could hold.
+void Aggregated::count_all(Extent elements) {
+  constexpr Extent most = std::numeric_limits<std::size_t>::max();
+  for (Extent left = elements; left > 0;) {
+    const Extent some = std::min(left, most);
+    for (const Column& column : columns_)
+      column.accumulator->add(nullptr, static_cast<std::size_t>(some));
+    left -= some;
+  }
+}
+
 void Aggregated::read() {
   if (only_counts() && !run_->scan->is_choosy()) {
-    const auto count = static_cast<std::size_t>(run_->scan->selection().elements());
-    for (const Column& column : columns_) column.accumulator->add(nullptr, count);
+    count_all(run_->scan->selection().elements());
     return;
   }
   for (;;) {

@@ -25,6 +25,7 @@ class Aggregated : public ElementSource {
 
   void add_item(const QueryItem& item);
   [[nodiscard]] bool only_counts() const;
+  void count_all(Extent elements);
   void read();
   void read_once();
   void add_batch(const Batch& batch, const Mask* selected);

@@ -56,13 +56,14 @@ Answer set_library_bounds(Parser& parser, Session& session) {
 }
 
 void parse_slots(Parser& parser, ChunkCache* cache) {
-  cache->slots = parser.expect_unsigned("a number of slots", most_slots);
+  cache->slots = static_cast<std::size_t>(parser.expect_unsigned("a number of slots", most_slots));
   if (cache->slots == 0)
     throw StatementError(Status::out_of_range, "The chunk cache needs at least 1 slot");
 }
 
 void parse_bytes(Parser& parser, ChunkCache* cache) {
-  cache->bytes = parser.expect_unsigned("a number of bytes", most_cache_bytes);
+  cache->bytes =
+      static_cast<std::size_t>(parser.expect_unsigned("a number of bytes", most_cache_bytes));
 }
 
 void parse_preemption(Parser& parser, ChunkCache* cache) {

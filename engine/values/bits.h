@@ -9,7 +9,7 @@
 namespace kelvo {
 
 /// `bytes` need not be aligned. The result is sign-extended to 64 bits where `is_signed`. Of
-/// integers wider than 8 bytes the lowest 8 count.
+/// integers wider than 8 bytes the lowest 8 count; without any byte it is 0.
 inline std::uint64_t load_integer(const std::byte* bytes, std::size_t size, ByteOrder order,
                                   bool is_signed) {
   std::uint64_t value = 0;
@@ -17,7 +17,7 @@ inline std::uint64_t load_integer(const std::byte* bytes, std::size_t size, Byte
     value = value << 8U |
             std::to_integer<std::uint64_t>(bytes[order == ByteOrder::big ? i : size - 1 - i]);
   }
-  if (!is_signed || size >= 8) return value;
+  if (!is_signed || size == 0 || size >= 8) return value;
   const std::uint64_t sign = std::uint64_t{1} << (8 * size - 1);
   return (value ^ sign) - sign;
 }
