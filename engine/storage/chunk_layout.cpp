@@ -74,10 +74,16 @@ std::vector<std::byte> fill_element(hid_t creation, hid_t file_type) {
 
 }  // namespace
 
+bool has_addressable_chunks(const ElementPlace& place) {
+  return place.space.extents.size() < H5S_MAX_RANK;
+}
+
 std::optional<ChunkLayout> decodable_layout(const ElementPlace& place) {
   const std::size_t rank = place.space.extents.size();
   // References change on their way to memory.
-  if (!place.dataset || rank == 0 || !place.type.is_self_contained()) return std::nullopt;
+  if (!place.dataset || rank == 0 || !has_addressable_chunks(place) ||
+      !place.type.is_self_contained())
+    return std::nullopt;
   const PropertyHandle creation(H5Dget_create_plist(place.dataset.get()));
   if (!creation || H5Pget_layout(creation.get()) != H5D_CHUNKED) return std::nullopt;
   ChunkLayout layout;

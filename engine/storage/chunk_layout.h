@@ -19,6 +19,10 @@ struct ChunkLayout {
   bool converts = false;  // elements lie otherwise in the file than in memory
 };
 
+/// Whether the HDF5 library may be asked for a chunk by its place. With as many dimensions as there
+/// can be, it writes behind its own memory then.
+bool has_addressable_chunks(const ElementPlace& place);
+
 /// Nothing where elements have parts elsewhere in the file, chunks are not filtered, or one of the
 /// filters is unknown here: the HDF5 library reads these.
 std::optional<ChunkLayout> decodable_layout(const ElementPlace& place);

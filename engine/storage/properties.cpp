@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "storage/check.h"
+#include "storage/chunk_layout.h"
 
 namespace kelvo {
 namespace {
@@ -216,7 +217,7 @@ std::vector<std::uint32_t> chunk_masks(const ElementPlace& place) {
   check_done(H5Dget_num_chunks(place.dataset.get(), space.get(), &count),
              [&place] { return cannot_read_storage(place); });
   const ChunkGrid grid(place.space, chunk_extents(creation, place));
-  return is_asking_dearer(count, grid.size(), stored_bytes(place))
+  return has_addressable_chunks(place) && is_asking_dearer(count, grid.size(), stored_bytes(place))
              ? masks_read(place, grid)
              : masks_asked(place, space, count);
 }

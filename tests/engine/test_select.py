@@ -261,7 +261,7 @@ def test_order_by_more_than_memory_holds(kelvo):
 
 def test_temporary_files_that_cannot_be_made_are_named(kelvo, monkeypatch):
     with h5py.File(kelvo.path("a.h5"), "w") as made:
-        made["i"] = np.arange(1_000_000)
+        made["i"] = np.arange(4_000_000)
     environment = kelvo.environment() | {"TMPDIR": "/nowhere"}
     monkeypatch.setattr(kelvo, "environment", lambda: environment)
     assert refusal(kelvo, "* FROM i ORDER BY VALUE") == (

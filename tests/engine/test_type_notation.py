@@ -31,6 +31,13 @@ def real(size, precision, offset, fields, bias, like=h5t.IEEE_F64LE):
     return type_id
 
 
+def long_double():
+    """A 32-bit machine has its own in 12 bytes."""
+    type_id = h5t.NATIVE_LDOUBLE.copy()
+    type_id.set_size(16)
+    return type_id
+
+
 def string(size, padding, charset):
     type_id = h5t.C_S1.copy()
     type_id.set_size(size)
@@ -82,7 +89,7 @@ TYPES = {
     "HALF BIG ENDIAN": h5t.py_create(np.dtype(">f2")),
     "FLOAT": h5t.IEEE_F32LE,
     "DOUBLE BIG ENDIAN": h5t.IEEE_F64BE,
-    "LONG DOUBLE": h5t.NATIVE_LDOUBLE,
+    "LONG DOUBLE": long_double(),
     "REAL(2) PRECISION 16 OFFSET 0 SIGN 15 EXPONENT 7 SIZE 8 BIAS 127 MANTISSA 0 SIZE 7 NORMALIZATION IMPLIED":
         real(2, 16, 0, (15, 7, 8, 0, 7), 127),
     "REAL(16) PRECISION 128 OFFSET 0 SIGN 127 EXPONENT 112 SIZE 15 BIAS 16383 MANTISSA 0 SIZE 112 "
