@@ -63,7 +63,8 @@ void ChangedFile::keep(std::uint64_t begin, std::uint64_t end, Spool& bytes) {
 }
 
 void ChangedFile::keep_gap(std::uint64_t begin, std::uint64_t end, Spool& bytes) {
-  std::vector<std::byte> block(std::min<std::uint64_t>(end - begin, block_bytes));
+  std::vector<std::byte> block(
+      static_cast<std::size_t>(std::min<std::uint64_t>(end - begin, block_bytes)));
   while (begin < end) {
     const auto wanted =
         static_cast<std::size_t>(std::min<std::uint64_t>(end - begin, block.size()));
