@@ -250,7 +250,7 @@ def test_chunks_of_32_dimensions(kelvo, dtype, filters):
             file.create_dataset(name, values.shape, dtype, chunks=(1,) * 28 + (1, 2, 3, 2), **filters)
         file["x"][...] = values
     core = values[(0,) * 28]
-    assert len(kelvo.rows("USE FILE a.h5", "SHOW MASK x")) == 24 * bool(filters)
+    assert len(kelvo.rows("USE FILE a.h5", "SHOW MASK x")) == 24
     for text, part in PARTS:
         shown = kelvo.rows("USE FILE a.h5", f"SELECT * FROM x[{FRONT}{text}]")
         assert [float(word) for word in " ".join(shown).split()] == list(np.ravel(core[part]))

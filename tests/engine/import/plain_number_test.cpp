@@ -73,7 +73,8 @@ TEST(PlainNumber, DigitsAndExponentsOfAnyNumber) {
   std::mt19937_64 random(3);
   for (int i = 0; i < rounds; ++i) {
     std::string text = random() % 2 == 0 ? "-" : "";
-    text += std::to_string(random() >> random() % 64).substr(0, random() % 20);
+    text += std::to_string(random() >> random() % 64)
+                .substr(0, static_cast<std::size_t>(random() % 20));
     if (random() % 2 == 0) text += "." + std::to_string(random() >> random() % 64);
     if (random() % 2 == 0) text += "e" + std::to_string(static_cast<int>(random() % 70) - 35);
     expect_all_same(text);

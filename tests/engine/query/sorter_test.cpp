@@ -39,13 +39,16 @@ std::string bytes_of(std::uint64_t number) {
 std::vector<Record> records_of(std::size_t count, std::size_t rest, std::size_t payload,
                                bool are_equal) {
   std::mt19937_64 random(20);
+  const auto below = [&random](std::size_t end) {
+    return static_cast<std::size_t>(random() % end);
+  };
   std::vector<Record> records(count);
   for (std::size_t i = 0; i < count; ++i) {
     Record& record = records[i];
     record.number = random() % 1000 << random() % 60;
-    record.rest.assign(are_equal ? rest : random() % (rest + 1), static_cast<char>(random() % 3));
+    record.rest.assign(are_equal ? rest : below(rest + 1), static_cast<char>(random() % 3));
     record.payload = bytes_of(i);
-    record.payload.resize(are_equal ? payload : sizeof i + random() % (payload - sizeof i + 1));
+    record.payload.resize(are_equal ? payload : sizeof i + below(payload - sizeof i + 1));
   }
   return records;
 }
