@@ -267,7 +267,8 @@ class Reader {
           form_ == NameForm::attribute ? "the name of an attribute" : "a name or a value",
           Mode::expression);
     }
-    expression.text = parser_.take(Mode::expression).text;
+    expression.text =
+        form_ == NameForm::plain ? parser_.take_member_path() : parser_.take(Mode::expression).text;
     return expression;
   }
 

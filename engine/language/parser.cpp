@@ -222,6 +222,22 @@ ObjectName Parser::expect_attribute() {
   return object;
 }
 
+// An identifier has its dots in it; only those beside quotes are left.
+std::string Parser::take_member_path() {
+  std::string path;
+  for (;;) {
+    const Token piece = take(Mode::expression);
+    path += piece.text;
+    const bool dot = offset_ < statement_.size() && statement_[offset_] == '.';
+    if (!dot && (piece.kind == TokenKind::quoted_name || !piece.text.ends_with('.'))) return path;
+    if (dot) path += statement_[offset_++];
+    const Token& next = peek(Mode::expression);
+    const bool is_name = next.kind == TokenKind::word || next.kind == TokenKind::quoted_name;
+    if (!is_name || next.position != offset_ + 1)
+      fail_expected("the name of a member", Mode::expression);
+  }
+}
+
 std::string Parser::expect_string(std::string_view what) {
   if (peek(Mode::expression).kind != TokenKind::string) fail_expected_value(what);
   return take(Mode::expression).text;

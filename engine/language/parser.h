@@ -81,6 +81,10 @@ class Parser {
   /// An attribute "object@name" or "@name", without IN.
   ObjectName expect_attribute();
 
+  /// The name that is next in an expression, with the names that dots join to it: pos.x, "my
+  /// pos".x, "my pos"."x".
+  std::string take_member_path();
+
   std::string expect_string(std::string_view what);
   /// The character behind ESCAPE, a string of one byte.
   char expect_escape_character();

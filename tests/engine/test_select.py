@@ -56,6 +56,7 @@ def refusal(kelvo, rest):
     ("id, pos.x, v, name FROM t[:2]", ["5\t0.5\t[1, 2]\te", "3\t0.25\t[1, 2]\tc"]),
     ("pos FROM t[1]", ["{x: 0.25, y: 2}"]),
     ("\"pos\" FROM t[1]", ["{x: 0.25, y: 2}"]),
+    ("\"pos\".x, pos.\"y\" FROM t WHERE \"pos\".\"x\" = 0.25", ["0.25\t2"]),
     ("VALUE * 2 + 1 FROM i[:2]", ["-5", "-3"]),
     ("-VALUE / 2.0 FROM i[:1]", ["1.500000"]),
     ("VALUE - 1 FROM m[:2]", ["-1 0 1 2", "3 4 5 6"]),

@@ -111,6 +111,11 @@ TEST(Expression, NamesAloneAreConditions) {
   EXPECT_EQ("(flag and not \"AND\")", read("flag AND NOT \"AND\""));
 }
 
+TEST(Expression, QuotesMayStandAroundTheNamesOfAMember) {
+  EXPECT_EQ("(\"my pos.x\" = a.b)", read("\"my pos\".x = a.\"b\""));
+  EXPECT_EQ("(\"a.b.c\" = \"d.\")", read("\"a\".\"b\".c = \"d.\""));
+}
+
 TEST(Expression, AttributesAreMarked) {
   EXPECT_EQ("(units = K)", read("@units = 'K'", NameForm::attribute));
 }
@@ -127,6 +132,8 @@ TEST(Expression, ErrorsSayWhatWasExpected) {
   EXPECT_EQ("8 Expected a pattern (strings stand between single quotes), found \"b\"",
             error_of("a LIKE b"));
   EXPECT_EQ("19 Expected one escape character", error_of("a LIKE 'b' ESCAPE 'xy'"));
+  EXPECT_EQ("3 Expected the name of a member, found \"*\"", error_of("a.*"));
+  EXPECT_EQ("6 Expected the name of a member, found \"b\"", error_of("\"a\". b"));
   EXPECT_EQ("1 Expected an attribute (@name) or a value, found \"units\"",
             error_of("units = 'K'", NameForm::attribute));
 }
