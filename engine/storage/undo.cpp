@@ -14,7 +14,8 @@
 namespace kelvo {
 namespace {
 
-constexpr std::size_t block_bytes = std::size_t{1} * 1024 * 1024;
+// Small enough to stay in the second-level cache.
+constexpr std::size_t block_bytes = std::size_t{256} * 1024;
 
 StatementError cannot(const std::string& path, const char* what, int cause) {
   return StatementError(Status::host_refused, "File " + quoted(path) + " cannot be " + what + ": " +
@@ -46,7 +47,7 @@ ChangedFile::ChangedFile(int descriptor, std::string path, bool is_new)
 
 ChangedFile::~ChangedFile() { ::close(descriptor_); }
 
-void ChangedFile::keep(std::uint64_t begin, std::uint64_t end, Spool& bytes) {
+void ChangedFile::keep(std::uint64_t begin, std::uint64_t end, KeptBytes& kept) {
   if (length_ && end > *length_) length_ = end;
   end = std::min(end, old_length_);
   for (std::uint64_t at = begin; at < end;) {
@@ -56,26 +57,24 @@ void ChangedFile::keep(std::uint64_t begin, std::uint64_t end, Spool& bytes) {
       continue;
     }
     const std::uint64_t gap_end = next == ranges_.end() ? end : std::min(end, next->first);
-    keep_gap(at, gap_end, bytes);
+    keep_gap(at, gap_end, kept);
     mark_kept(at, gap_end);
     at = gap_end;
   }
 }
 
-void ChangedFile::keep_gap(std::uint64_t begin, std::uint64_t end, Spool& bytes) {
-  std::vector<std::byte> block(
-      static_cast<std::size_t>(std::min<std::uint64_t>(end - begin, block_bytes)));
+void ChangedFile::keep_gap(std::uint64_t begin, std::uint64_t end, KeptBytes& kept) {
+  kept.block.reserve(block_bytes);
   while (begin < end) {
-    const auto wanted =
-        static_cast<std::size_t>(std::min<std::uint64_t>(end - begin, block.size()));
-    const ssize_t got = ::pread(descriptor_, block.data(), wanted, static_cast<off_t>(begin));
+    const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(end - begin, block_bytes));
+    const ssize_t got = ::pread(descriptor_, kept.block.data(), wanted, static_cast<off_t>(begin));
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) throw cannot(path_, "read", errno);
     if (got == 0) return;  // another program cut it
     const auto count = static_cast<std::size_t>(got);
-    const std::uint64_t offset = bytes.size();
-    bytes.append(block.data(), count);
-    kept_.push_back({begin, count, offset});
+    const std::uint64_t offset = kept.bytes.size();
+    kept.bytes.append(kept.block.data(), count);
+    parts_.push_back({begin, count, offset});
     begin += count;
   }
 }
@@ -99,15 +98,13 @@ int ChangedFile::finish() const noexcept {
   return ::ftruncate(descriptor_, static_cast<off_t>(*length_)) == 0 ? 0 : errno;
 }
 
-int ChangedFile::put_back(const Spool& bytes) const noexcept {
+int ChangedFile::put_back(KeptBytes& kept) const noexcept {
   if (is_new_) return remove_new();
   int cause = 0;
   try {
-    std::vector<std::byte> block;
-    for (const Kept& kept : kept_) {
-      block.resize(static_cast<std::size_t>(kept.count));
-      bytes.read(kept.offset, block.data(), block.size());
-      const int failure = write_bytes(descriptor_, block.data(), block.size(), kept.address);
+    for (const Part& part : parts_) {
+      kept.bytes.read(part.offset, kept.block.data(), part.count);
+      const int failure = write_bytes(descriptor_, kept.block.data(), part.count, part.address);
       if (failure != 0) cause = failure;
     }
   } catch (const std::exception&) {
@@ -144,7 +141,7 @@ void Undo::finish() {
 std::optional<StatementError> Undo::put_back() noexcept {
   std::optional<StatementError> failure;
   for (const auto& file : files_) {
-    const int cause = file->put_back(bytes_);
+    const int cause = file->put_back(kept_);
     if (cause != 0) failure = cannot(file->path(), "made what it was", cause);
   }
   return failure;

@@ -14,8 +14,17 @@
 
 #include "error.h"
 #include "storage/spool.h"
+#include "values/scratch.h"
 
 namespace kelvo {
+
+/// Where bytes go that are written over.
+struct KeptBytes {
+  static constexpr std::size_t memory_budget = std::size_t{64} * 1024 * 1024;
+
+  Spool bytes{memory_budget};
+  Scratch block;  // on their way
+};
 
 /// A host file that a statement opened for writing, as it was before.
 class ChangedFile {
@@ -33,9 +42,9 @@ class ChangedFile {
   [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
 
-  /// Puts the bytes that are about to be written over into `bytes`, as far as the file had any and
-  /// they have not been kept yet. Throws StatementError where that is not possible.
-  void keep(std::uint64_t begin, std::uint64_t end, Spool& bytes);
+  /// Keeps the bytes that are about to be written over, as far as the file had any and they have
+  /// not been kept yet. Throws StatementError where that is not possible.
+  void keep(std::uint64_t begin, std::uint64_t end, KeptBytes& kept);
 
   /// The file is to be cut to that length at the statement's end; not before, so that nothing needs
   /// to be kept of what is cut off.
@@ -44,16 +53,16 @@ class ChangedFile {
 
   /// 0, or errno.
   int finish() const noexcept;
-  int put_back(const Spool& bytes) const noexcept;
+  int put_back(KeptBytes& kept) const noexcept;
 
  private:
-  struct Kept {
+  struct Part {
     std::uint64_t address;
-    std::uint64_t count;
+    std::size_t count;
     std::uint64_t offset;  // in the spool
   };
 
-  void keep_gap(std::uint64_t begin, std::uint64_t end, Spool& bytes);
+  void keep_gap(std::uint64_t begin, std::uint64_t end, KeptBytes& kept);
   void mark_kept(std::uint64_t begin, std::uint64_t end);
   int remove_new() const noexcept;
 
@@ -65,7 +74,7 @@ class ChangedFile {
   std::uint64_t old_length_ = 0;
   std::optional<std::uint64_t> length_;            // to be cut to
   std::map<std::uint64_t, std::uint64_t> ranges_;  // kept, from begin to end; none touch
-  std::vector<Kept> kept_;
+  std::vector<Part> parts_;
 };
 
 /// All that the statement changes.
@@ -78,7 +87,7 @@ class Undo {
   ChangedFile* add(int descriptor, const std::string& path, bool is_new);
 
   void keep(ChangedFile& file, std::uint64_t begin, std::uint64_t end) {
-    file.keep(begin, end, bytes_);
+    file.keep(begin, end, kept_);
   }
 
   /// Lets the changes be. Throws where a file cannot be cut.
@@ -88,10 +97,8 @@ class Undo {
   std::optional<StatementError> put_back() noexcept;
 
  private:
-  static constexpr std::size_t memory_budget = std::size_t{64} * 1024 * 1024;
-
   std::vector<std::unique_ptr<ChangedFile>> files_;
-  Spool bytes_{memory_budget};
+  KeptBytes kept_;
 };
 
 }  // namespace kelvo
