@@ -14,6 +14,7 @@
 #include "storage/lzf_filter.h"
 #include "storage/object.h"
 #include "storage/reach.h"
+#include "storage/temporary_name.h"
 
 namespace kelvo {
 namespace {
@@ -149,6 +150,7 @@ StatementError Session::give_up_damaged() {
   for (WrittenFile& written : written_) static_cast<void>(written.handle.release());
   written_.clear();
   forget_followed_links();
+  remove_temporary_names();
   if (const std::optional<StatementError> failure = write_failure()) return *failure;
   return StatementError(Status::hdf5_refused, (file.empty() ? "A file" : "File " + quoted(file)) +
                                                   " is damaged: it says more than there is of it");

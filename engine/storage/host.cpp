@@ -232,10 +232,8 @@ bool is_within_directory(const std::string& used, const std::string& directory) 
 UnfinishedFile::UnfinishedFile(std::string path)
     : path_(std::move(path)), unfinished_(path_ + std::string(unfinished_suffix)) {}
 
-UnfinishedFile::~UnfinishedFile() { ::unlink(unfinished_.c_str()); }
-
 void UnfinishedFile::finish() const {
-  const int error = move_without_replacing(unfinished_, path_);
+  const int error = move_without_replacing(unfinished_.path(), path_);
   if (error != 0) refuse(HostKind::file, path_, "created", error);
 }
 

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "storage/temporary_name.h"
+
 namespace kelvo {
 
 enum class HostKind {
@@ -58,17 +60,14 @@ bool is_within_directory(const std::string& used, const std::string& directory);
 class UnfinishedFile {
  public:
   explicit UnfinishedFile(std::string path);
-  UnfinishedFile(const UnfinishedFile&) = delete;
-  UnfinishedFile& operator=(const UnfinishedFile&) = delete;
-  ~UnfinishedFile();
 
-  [[nodiscard]] const std::string& path() const noexcept { return unfinished_; }
+  [[nodiscard]] const std::string& path() const noexcept { return unfinished_.path(); }
   /// Gives the file its name.
   void finish() const;
 
  private:
   std::string path_;
-  std::string unfinished_;
+  TemporaryName unfinished_;
 };
 
 }  // namespace kelvo

@@ -35,18 +35,15 @@ OutputFile::OutputFile(std::string path, bool replace) : path_(std::move(path)),
   if (exists && S_ISDIR(status.st_mode))
     throw StatementError(Status::wrong_kind, "File " + quoted(path_) + " is a directory");
   if (exists && !replace_) refuse_existing(path_);
-  beside_ = path_ + ".kelvo-XXXXXX";
-  descriptor_ = ::mkstemp(beside_.data());
-  if (descriptor_ < 0) {
-    beside_.clear();
-    fail("created");
-  }
+  std::string beside = path_ + ".kelvo-XXXXXX";
+  descriptor_ = ::mkstemp(beside.data());
+  if (descriptor_ < 0) fail("created");
+  beside_.emplace(std::move(beside));
   ::fchmod(descriptor_, exists && S_ISREG(status.st_mode) ? status.st_mode & 07777 : usual_mode());
 }
 
 OutputFile::~OutputFile() {
   if (descriptor_ >= 0) ::close(descriptor_);
-  if (!beside_.empty()) ::unlink(beside_.c_str());
 }
 
 void OutputFile::fail(const char* what) const {
@@ -78,17 +75,17 @@ void OutputFile::commit() {
   if (::fsync(descriptor_) != 0) fail("written");
   if (::close(std::exchange(descriptor_, -1)) != 0) fail("written");
   rename_beside();
-  beside_.clear();
+  beside_.reset();
 }
 
 void OutputFile::rename_beside() {
   const unsigned flags = replace_ ? 0 : RENAME_NOREPLACE;
-  if (::renameat2(AT_FDCWD, beside_.c_str(), AT_FDCWD, path_.c_str(), flags) == 0) return;
+  if (::renameat2(AT_FDCWD, beside_->path().c_str(), AT_FDCWD, path_.c_str(), flags) == 0) return;
   if (errno == EEXIST) refuse_existing(path_);
   if (errno != EINVAL && errno != ENOSYS) fail("created");
   // Not every file system can refuse to replace: then a look before has to do.
   if (!replace_ && ::access(path_.c_str(), F_OK) == 0) refuse_existing(path_);
-  if (std::rename(beside_.c_str(), path_.c_str()) != 0) fail("created");
+  if (std::rename(beside_->path().c_str(), path_.c_str()) != 0) fail("created");
 }
 
 }  // namespace kelvo

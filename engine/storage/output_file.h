@@ -3,7 +3,10 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
+
+#include "storage/temporary_name.h"
 
 namespace kelvo {
 
@@ -33,7 +36,7 @@ class OutputFile {
 
   std::string path_;
   bool replace_;
-  std::string beside_;  // the name while it is written; empty afterwards
+  std::optional<TemporaryName> beside_;  // the name while it is written
   int descriptor_ = -1;
   long long size_ = 0;
 };

@@ -234,6 +234,8 @@ def test_statement_that_the_library_does_not_survive(kelvo):
     assert kelvo.error("USE FILE a.h5", "COPY GROUP g TO h") == (
         DAMAGED, f'File "{kelvo.path("a.h5")}" is damaged: it says more than there is of it')
     assert kelvo.path("a.h5").read_bytes() == content
+    assert kelvo.error("COPY FILE a.h5 TO b.h5 REPACK")[0] == DAMAGED
+    assert [path.name for path in kelvo.folder.glob("*.h5*")] == ["a.h5"]
 
 
 # --- signals ---
