@@ -26,7 +26,21 @@ ByteOrder order_of(hid_t type) {
   }
 }
 
+// Bits that a damaged file has outside the bytes of its elements: the HDF5 library would take them
+// from elsewhere.
+void check_bits(hid_t file_type, std::size_t file_size) {
+  const int offset = H5Tget_offset(file_type);
+  const std::size_t bits = 8 * file_size;
+  if (offset >= 0 && static_cast<std::size_t>(offset) <= bits &&
+      H5Tget_precision(file_type) <= bits - static_cast<std::size_t>(offset))
+    return;
+  throw StatementError(Status::hdf5_refused,
+                       "The data type is damaged: its bits do not lie in its " +
+                           std::to_string(file_size) + " bytes");
+}
+
 void describe_integer(hid_t file_type, Type* type) {
+  check_bits(file_type, type->file_size);
   type->order = order_of(file_type);
   type->is_signed = type->kind == Kind::integer && H5Tget_sign(file_type) == H5T_SGN_2;
   type->size = integer_size_in_memory(type->file_size);
@@ -47,6 +61,7 @@ Normalization normalization_of(hid_t file_type) {
 }
 
 void describe_real(hid_t file_type, Type* type) {
+  check_bits(file_type, type->file_size);
   RealFormat format;
   format.precision = H5Tget_precision(file_type);
   format.offset = static_cast<std::size_t>(std::max(H5Tget_offset(file_type), 0));

@@ -52,6 +52,16 @@ void check_countable(const ElementPlace& place) {
                        damaged(place) + "its extents make more elements than can be counted");
 }
 
+void check_maximum(const ElementPlace& place) {
+  for (std::size_t d = 0; d < place.space.extents.size(); ++d) {
+    if (place.space.extents[d] <= place.space.maximum[d]) continue;
+    throw StatementError(Status::hdf5_refused, damaged(place) + "an extent of it is " +
+                                                   std::to_string(place.space.extents[d]) +
+                                                   ", more than its maximum of " +
+                                                   std::to_string(place.space.maximum[d]));
+  }
+}
+
 void check_size(const ElementPlace& place) {
   if (H5Tget_size(place.memory_type.get()) == std::max<std::size_t>(1, place.type.size)) return;
   throw StatementError(Status::hdf5_refused,
@@ -110,6 +120,7 @@ ElementPlace described(ElementPlace place, hid_t space, hid_t file_type) {
   } catch (const StatementError& error) {
     throw StatementError(error.status(), cannot_read(place) + ": " + error.what());
   }
+  check_maximum(place);
   check_countable(place);
   check_size(place);
   if (place.dataset) check_stored(place);

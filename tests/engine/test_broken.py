@@ -229,6 +229,27 @@ def test_more_elements_than_can_be_counted(kelvo):
         DAMAGED, 'Dataset "/x" is damaged: its extents make more elements than can be counted')
 
 
+def test_extent_beyond_its_maximum(kelvo):
+    with h5py.File(kelvo.path("x.h5"), "w") as file:
+        file.create_dataset("x", (1233,), "int8", maxshape=(1234,), chunks=(64,))
+    patched(kelvo.path("x.h5"), (1233).to_bytes(8, "little"), (2**50).to_bytes(8, "little"))
+    assert kelvo.error("USE FILE x.h5", "SELECT COUNT(*) FROM x") == (
+        DAMAGED, f'Dataset "/x" is damaged: an extent of it is {2**50}, more than its maximum of 1234')
+
+
+@pytest.mark.parametrize("kind, precision, offset", [("<i8", 64, 3), ("<i4", 33, 0), ("<f4", 32, 1)])
+def test_bits_outside_of_the_element(kelvo, kind, precision, offset):
+    """The HDF5 library would take them from the memory behind it."""
+    with h5py.File(kelvo.path("x.h5"), "w") as file:
+        file["x"] = np.arange(3).astype(kind)
+    size = int(kind[2:])
+    whole = size.to_bytes(4, "little") + bytes(2) + (8 * size).to_bytes(2, "little")
+    damaged = size.to_bytes(4, "little") + offset.to_bytes(2, "little") + precision.to_bytes(2, "little")
+    patched(kelvo.path("x.h5"), whole, damaged)
+    assert kelvo.error("USE FILE x.h5", "SELECT * FROM x") == (
+        DAMAGED, f"The data type is damaged: its bits do not lie in its {size} bytes")
+
+
 def nested_sequences(path, depth):
     kind = h5py.h5t.NATIVE_INT8
     for _ in range(depth):
