@@ -199,16 +199,16 @@ def test_more_than_fits_memory(kelvo):
     """What is written over is 80 MB, of which a part is kept in a temporary file."""
     count = 10_000_000
     with h5py.File(kelvo.path("a.h5"), "w") as file:
-        file["x"] = np.arange(count)
+        file["x"] = np.arange(count, dtype="i8")
     before = kelvo.path("a.h5").read_bytes()
-    np.save(kelvo.path("v.npy"), np.arange(count)[::-1])
+    np.save(kelvo.path("v.npy"), np.arange(count, dtype="i8")[::-1])
     kelvo.faults = {"pwrite": 75}
     assert kelvo.error("USE FILE a.h5", "INSERT INTO x FROM v.npy")[0] == HOST_REFUSED
     assert kelvo.path("a.h5").read_bytes() == before
     kelvo.faults = {}
     kelvo.rows("USE FILE a.h5", "INSERT INTO x FROM v.npy")
     with h5py.File(kelvo.path("a.h5")) as file:
-        assert np.array_equal(file["x"], np.arange(count)[::-1])
+        assert np.array_equal(file["x"], np.arange(count, dtype="i8")[::-1])
 
 
 # --- damaged files ---
