@@ -6,6 +6,8 @@ user's would. Rows are compared as the program prints them.
 
 import os
 import re
+import resource
+import signal
 import subprocess
 from dataclasses import dataclass
 from pathlib import Path
@@ -76,6 +78,16 @@ class Kelvo:
         line = int(ERROR_LINE.fullmatch(last_line(answer.output))["line"])
         assert line == len(statements), f"line {line} failed: {answer.message}"
         return answer.status, answer.message, answer.position
+
+    def run_on_full_disk(self, most_bytes, *statements):
+        """Where no file can become longer than that: writing fails with EFBIG, as on a full disk with ENOSPC."""
+        def limit():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (most_bytes, most_bytes))
+
+        # The HDF5 library does not give back all memory when it cannot write.
+        self.sanitizer_options |= {"detect_leaks": 0}
+        return self.run(*statements, preexec_fn=limit, restore_signals=False)
 
     def environment(self):
         """Nothing is inherited that could change what the program does."""

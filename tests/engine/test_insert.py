@@ -1,8 +1,6 @@
 """INSERT into datasets and attributes from files and from SELECT, and what it refuses: nothing is changed then."""
 
 import os
-import resource
-import signal
 import struct
 
 import h5py
@@ -322,21 +320,13 @@ def test_syntax(file, rest, position, message):
 
 # --- A disk that is too full ---
 
-def limit_file_size(size):
-    """Writing beyond it fails with EFBIG, as writing to a full disk does with ENOSPC."""
-    def limit():
-        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
-        resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
-    return limit
-
-
 @pytest.mark.parametrize("statement", ["CREATE DATASET new BIGINT [100000] VALUES (1)",
                                        "CREATE DATASET new VARCHAR [10000] VALUES ('twenty bytes of text')"])
 def test_full_disk_makes_no_dataset(kelvo, statement):
     with h5py.File(kelvo.path("a.h5"), "w") as made:
         made["x"] = [1, 2]
     size = os.path.getsize(kelvo.path("a.h5"))
-    answer = kelvo.run("USE FILE a.h5", statement, preexec_fn=limit_file_size(size + 50_000), restore_signals=False)
+    answer = kelvo.run_on_full_disk(size + 50_000, "USE FILE a.h5", statement)
     assert (answer.status, answer.message) == (-8, f'File "{kelvo.path("a.h5")}" cannot be written: File too large')
     with h5py.File(kelvo.path("a.h5")) as made:
         assert list(made) == ["x"] and made["x"][...].tolist() == [1, 2]
@@ -348,8 +338,7 @@ def test_full_disk_leaves_the_file_as_it_was(kelvo):
     with open(kelvo.path("v.csv"), "w") as text:
         text.writelines(f"{i}\n" for i in range(200_000))
     size = os.path.getsize(kelvo.path("a.h5"))
-    answer = kelvo.run("USE FILE a.h5", "INSERT INTO grow APPEND FROM v.csv", preexec_fn=limit_file_size(size + 100_000),
-                       restore_signals=False)
+    answer = kelvo.run_on_full_disk(size + 100_000, "USE FILE a.h5", "INSERT INTO grow APPEND FROM v.csv")
     assert (answer.status, answer.message) == (-8, f'File "{kelvo.path("a.h5")}" cannot be written: File too large')
     with h5py.File(kelvo.path("a.h5")) as made:
         assert np.array_equal(made["grow"][...], np.arange(1000))

@@ -1,7 +1,6 @@
 """Statements that fail after they have begun to write: every file is, byte for byte, what it was before."""
 
 import os
-import resource
 import signal
 import subprocess
 import time
@@ -102,21 +101,13 @@ def test_each_write_fails_once(kelvo, values, statement, libver):
     assert path.read_bytes() != before
 
 
-def limit_file_size(size):
-    """Writing beyond it fails with EFBIG, as writing to a full disk does with ENOSPC."""
-    def limit():
-        signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
-        resource.setrlimit(resource.RLIMIT_FSIZE, (size, size))
-    return limit
-
-
 @pytest.mark.parametrize("statement", WRITING)
 def test_full_disk(kelvo, values, statement):
     path = kelvo.path("a.h5")
     make(path)
     before = path.read_bytes()
     for more in (0, 700, 5000):
-        answer = kelvo.run("USE FILE a.h5", statement, preexec_fn=limit_file_size(len(before) + more), restore_signals=False)
+        answer = kelvo.run_on_full_disk(len(before) + more, "USE FILE a.h5", statement)
         if answer.status != 0:
             assert answer.status == HOST_REFUSED
             assert path.read_bytes() == before
