@@ -216,9 +216,7 @@ class Reader {
 
   // The sign belongs to the number, so that the least BIGINT can be written.
   static Expression negative(Expression operand) {
-    const LiteralKind kind = operand.literal.kind;
-    const bool is_number = operand.operation == Operation::literal &&
-                           (kind == LiteralKind::integer || kind == LiteralKind::real);
+    const bool is_number = operand.operation == Operation::literal && operand.literal.is_number();
     if (!is_number) return node(Operation::negate, std::move(operand));
     operand.literal.negative = !operand.literal.negative;
     operand.literal.real = -operand.literal.real;

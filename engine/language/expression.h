@@ -38,8 +38,8 @@ struct Expression {
   Literal literal;
   Arithmetic arithmetic = Arithmetic::add;
   Comparison comparison = Comparison::equal;
-  bool negated = false;  // between, in, like, is_nan: with NOT
-  char escape = '\0';    // like: the byte after which a wildcard stands for itself; NUL for none
+  bool negated = false;        // between, in, like, is_nan: with NOT
+  std::optional<char> escape;  // like: the byte after which a wildcard stands for itself
   std::vector<Expression> operands;
 
   /// Whether it is a condition; otherwise it is a value.

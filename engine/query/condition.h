@@ -1,28 +1,14 @@
-// Conditions made ready to run: the names found, the types checked, each comparison bound to the
-// loop that suits its operands.
+// What is true or false for each element: comparisons of operands, and AND, OR and NOT of them.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "language/expression.h"
 #include "query/operands.h"
 
 namespace kelvo {
-
-/// What the names of an expression mean.
-struct Scope {
-  /// Finds a name's value. Without one, every comparison that asks for it is false, negated ones
-  /// too. Throws StatementError where the name means nothing at all.
-  std::function<std::optional<Field>(const Expression& name)> find;
-  ReferenceNamer namer;
-  /// A comparison of text with a number is false instead of an error.
-  bool lenient = false;
-  /// INDEX is one number; in several dimensions it is text, which can only be shown.
-  bool position_is_number = true;
-};
 
 /// Something that is true or false for each element of a batch.
 class Condition {
@@ -39,26 +25,31 @@ class Condition {
 
 using ConditionPointer = std::unique_ptr<Condition>;
 
-/// Throws StatementError: wrong_kind where types do not go together, out_of_range for a name that
-/// an enumeration does not have. `expression` and `scope` must outlive the result.
-ConditionPointer compile_condition(const Expression& expression, const Scope& scope);
-
-/// A value of the expression for each element: `expression` must be a name or arithmetic.
-OperandPointer compile_value(const Expression& expression, const Scope& scope);
-
 /// An active mask with a 1 for each element of a batch.
 const Mask* all_active();
 
-/// A value that stands by itself in memory, laid out as its type says; both must outlive its use.
-struct NamedValue {
-  const Type* type = nullptr;
-  const std::byte* element = nullptr;
-};
+/// False for every element.
+ConditionPointer never();
 
-/// Whether a condition over single named values is true: the attributes of an object. `find` gives
-/// none for one that is absent; comparisons with it are false, as are those of text with a number.
-/// It is asked for a name each time that the name is looked at.
-bool is_fulfilled(const Expression& condition,
-                  const std::function<std::optional<NamedValue>(const std::string& name)>& find);
+/// The kernel must be the one for the domains of the operands.
+ConditionPointer comparing(CompareKernel kernel, OperandPointer left, OperandPointer right);
+
+/// AND, and OR, of at least one part: a part is asked only about the elements that are still open,
+/// so that "n <> 0 AND x / n > 2" divides by no zero.
+ConditionPointer all_of(std::vector<ConditionPointer> parts);
+ConditionPointer any_of(std::vector<ConditionPointer> parts);
+
+ConditionPointer negation(ConditionPointer operand);
+
+/// LIKE, with like's pattern and escape (values/pattern.h). `text` must be of the domain text.
+ConditionPointer matching(OperandPointer text, std::string pattern, std::optional<char> escape);
+
+/// `real` must be of the domain real.
+ConditionPointer being_nan(OperandPointer real);
+
+/// IN, with constants of the operand's own domain, which `Value` is the type of: int64_t or
+/// string_view. What views show must outlive the result.
+template <typename Value>
+ConditionPointer being_in(OperandPointer operand, std::vector<Value> values);
 
 }  // namespace kelvo

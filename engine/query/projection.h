@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "language/query.h"
-#include "query/condition.h"
+#include "query/compile.h"
 #include "query/scan.h"
 
 namespace kelvo {

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "language/query.h"
-#include "query/condition.h"
+#include "query/compile.h"
 #include "query/projection.h"
 #include "query/scan.h"
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "query/condition.h"
+#include "query/compile.h"
 #include "storage/element_io.h"
 
 namespace kelvo {

@@ -59,8 +59,7 @@ bool as_integer(const Literal& literal, bool* negative, std::uint64_t* magnitude
 }
 
 std::uint64_t integer_bits(const Literal& literal, const Type& type, bool is_signed) {
-  if (literal.kind != LiteralKind::integer && literal.kind != LiteralKind::real)
-    refuse_kind(literal, type);
+  if (!literal.is_number()) refuse_kind(literal, type);
   bool negative = false;
   std::uint64_t magnitude = 0;
   // The file's width counts: a file may hold integers narrower than the machine's.
@@ -82,8 +81,7 @@ bool has_digit(const std::string& text) {
 }
 
 void encode_real(const Type& type, const Literal& literal, std::byte* element) {
-  if (literal.kind != LiteralKind::integer && literal.kind != LiteralKind::real)
-    refuse_kind(literal, type);
+  if (!literal.is_number()) refuse_kind(literal, type);
   double value = literal.real;
   if (literal.kind == LiteralKind::integer) {
     value = static_cast<double>(literal.magnitude);
@@ -99,8 +97,7 @@ void encode_real(const Type& type, const Literal& literal, std::byte* element) {
 }
 
 void encode_text(const Type& type, const Literal& literal, std::byte* element) {
-  if (literal.kind != LiteralKind::string && literal.kind != LiteralKind::bytes)
-    refuse_kind(literal, type);
+  if (!literal.is_text()) refuse_kind(literal, type);
   // A null-terminated string keeps its last byte for the null.
   const std::size_t room = type.size - (type.padding == Padding::null_terminated ? 1 : 0);
   if (literal.text.size() > room) refuse_fit(literal, type);
@@ -109,8 +106,7 @@ void encode_text(const Type& type, const Literal& literal, std::byte* element) {
 }
 
 void encode_opaque(const Type& type, const Literal& literal, std::byte* element) {
-  if (literal.kind != LiteralKind::string && literal.kind != LiteralKind::bytes)
-    refuse_kind(literal, type);
+  if (!literal.is_text()) refuse_kind(literal, type);
   if (literal.text.size() > type.size) refuse_fit(literal, type);
   std::memset(element, 0, type.size);
   std::memcpy(element, literal.text.data(), literal.text.size());
@@ -298,7 +294,7 @@ void EncodedElements::encode_sequence(const Type& type, const Literal& literal,
 void EncodedElements::encode_varying_text(const Type& type, const Literal& literal,
                                           std::byte* element) {
   const char* address = nullptr;
-  if (literal.kind == LiteralKind::string || literal.kind == LiteralKind::bytes) {
+  if (literal.is_text()) {
     if (literal.text.find('\0') != std::string::npos) {
       throw StatementError(Status::out_of_range,
                            "A VARCHAR cannot hold a null byte (CHAR and OPAQUE can)");

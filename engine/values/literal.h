@@ -28,6 +28,13 @@ struct Literal {
   std::string text;                // string, bytes and word; numbers as written, for messages
   std::vector<Literal> items;      // tuple, object, list
   std::vector<std::string> names;  // object: of its items
+
+  [[nodiscard]] bool is_number() const noexcept {
+    return kind == LiteralKind::integer || kind == LiteralKind::real;
+  }
+  [[nodiscard]] bool is_text() const noexcept {
+    return kind == LiteralKind::string || kind == LiteralKind::bytes;
+  }
 };
 
 }  // namespace kelvo

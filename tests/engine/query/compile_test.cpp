@@ -1,5 +1,5 @@
 // Conditions over values in memory: exact comparisons, and what absent and unlike values do.
-#include "query/condition.h"
+#include "query/compile.h"
 
 #include <gtest/gtest.h>
 
