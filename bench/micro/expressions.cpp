@@ -2,7 +2,8 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/sample_values.h"
-#include "query/kernels.h"
+#include "query/arithmetic_kernel.h"
+#include "query/compare_kernel.h"
 
 namespace {
 

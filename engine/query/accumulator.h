@@ -7,7 +7,7 @@
 #include <string>
 
 #include "language/query.h"
-#include "query/kernels.h"
+#include "query/column.h"
 #include "values/type.h"
 
 namespace kelvo {
@@ -38,12 +38,18 @@ class Accumulator {
 
 using AccumulatorPointer = std::unique_ptr<Accumulator>;
 
-/// `argument` is the type of the values in the file, `label` what messages call the aggregate. For
-/// a count the domain does not matter.
+/// `domain` is that of the values that will be added: one of numbers, but for a count, where it
+/// does not matter; `argument` is their type in the file, `label` what messages call the aggregate.
 AccumulatorPointer make_accumulator(Aggregate aggregate, Domain domain, const Type& argument,
                                     const std::string& label);
 
-/// The median, which needs the values up to four times (twice as a rule).
+// What it chooses from, each in a file of its own.
+AccumulatorPointer make_minimum(Domain domain, const Type& argument, const std::string& label);
+AccumulatorPointer make_maximum(Domain domain, const Type& argument, const std::string& label);
+AccumulatorPointer make_sum(Domain domain, const Type& argument, const std::string& label);
+AccumulatorPointer make_average(Domain domain);
+AccumulatorPointer make_deviation(Domain domain);
+/// Needs the values up to four times (twice as a rule).
 AccumulatorPointer make_median(Domain domain);
 
 }  // namespace kelvo

@@ -8,6 +8,7 @@
 
 #include "error.h"
 #include "language/lexer.h"
+#include "query/arithmetic_operand.h"
 #include "query/constants.h"
 #include "values/encode.h"
 

@@ -8,7 +8,7 @@
 
 #include "language/expression.h"
 #include "query/condition.h"
-#include "query/operands.h"
+#include "query/field_operand.h"
 
 namespace kelvo {
 

@@ -2,7 +2,6 @@
 #include "query/condition.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 #include <string_view>
 #include <utility>
@@ -12,7 +11,7 @@
 namespace kelvo {
 namespace {
 
-using MaskColumn = std::array<Mask, batch_size>;
+using MaskColumn = Column<Mask>;
 
 class Never : public Condition {
  public:

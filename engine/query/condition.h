@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "query/operands.h"
+#include "query/compare_kernel.h"
+#include "query/operand.h"
 
 namespace kelvo {
 

@@ -1,4 +1,4 @@
-// Literals become columns of constants.
+// Fills columns with constants.
 #include "query/constants.h"
 
 #include <algorithm>
@@ -8,6 +8,18 @@
 
 namespace kelvo {
 namespace {
+
+template <typename Value>
+class Constant : public Operand {
+ public:
+  explicit Constant(Value value) : Operand(domain_of<Value>) { column_.fill(value); }
+  const void* evaluate(const Batch& /*batch*/, const Mask* /*active*/) override {
+    return column_.data();
+  }
+
+ private:
+  Column<Value> column_;
+};
 
 // The nearest value of IEEE 754's 16-bit format, as HDF5 and NumPy store it.
 double rounded_to_half(double value) {
@@ -65,6 +77,17 @@ OperandPointer integer_beside_reals(const Literal& literal) {
 }
 
 }  // namespace
+
+OperandPointer constant_operand(std::int64_t value) {
+  return std::make_unique<Constant<std::int64_t>>(value);
+}
+OperandPointer constant_operand(std::uint64_t value) {
+  return std::make_unique<Constant<std::uint64_t>>(value);
+}
+OperandPointer constant_operand(double value) { return std::make_unique<Constant<double>>(value); }
+OperandPointer constant_operand(std::string_view value) {
+  return std::make_unique<Constant<std::string_view>>(value);
+}
 
 OperandPointer literal_operand(const Literal& literal) {
   if (literal.is_text()) return constant_operand(std::string_view(literal.text));

@@ -1,10 +1,20 @@
-// The literals of an expression as operands.
+// Constants as operands, among them the literals of an expression.
 #pragma once
 
-#include "query/operands.h"
+#include <cstdint>
+#include <string_view>
+
+#include "query/operand.h"
 #include "values/literal.h"
+#include "values/type.h"
 
 namespace kelvo {
+
+OperandPointer constant_operand(std::int64_t value);
+OperandPointer constant_operand(std::uint64_t value);
+OperandPointer constant_operand(double value);
+/// `value` must outlive it.
+OperandPointer constant_operand(std::string_view value);
 
 /// What the literal says, in the narrowest domain that holds it. It must be a number, a text, TRUE
 /// or FALSE, and outlive the operand.

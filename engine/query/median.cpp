@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "query/accumulator.h"
-#include "query/projection.h"
 
 namespace kelvo {
 namespace {
@@ -137,9 +136,9 @@ class Median : public Accumulator {
 }  // namespace
 
 AccumulatorPointer make_median(Domain domain) {
-  if (domain == Domain::real) return std::make_unique<Median<double>>();
-  if (domain == Domain::unsigned_integer) return std::make_unique<Median<std::uint64_t>>();
-  return std::make_unique<Median<std::int64_t>>();
+  return with_number_of(domain, [](auto number) -> AccumulatorPointer {
+    return std::make_unique<Median<decltype(number)>>();
+  });
 }
 
 }  // namespace kelvo

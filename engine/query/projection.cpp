@@ -43,14 +43,6 @@ Type text_type() {
 
 }  // namespace
 
-Type type_of_domain(Domain domain) {
-  Type type;
-  type.kind = domain == Domain::real ? Kind::real : Kind::integer;
-  type.size = type.file_size = 8;
-  type.is_signed = domain != Domain::unsigned_integer;
-  return type;
-}
-
 Projection::Projection(const std::vector<QueryItem>& items, const Scan& scan, const Scope& scope)
     : scan_(scan) {
   type_.kind = Kind::compound;

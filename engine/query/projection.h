@@ -53,7 +53,4 @@ class Projection {
   std::deque<std::string> positions_;
 };
 
-/// The type of a calculated value: BIGINT, UNSIGNED BIGINT or DOUBLE.
-Type type_of_domain(Domain domain);
-
 }  // namespace kelvo

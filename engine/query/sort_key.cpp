@@ -5,7 +5,6 @@
 #include <array>
 #include <bit>
 #include <cmath>
-#include <string_view>
 
 namespace kelvo {
 namespace {
@@ -48,11 +47,8 @@ void append_text_key(std::string_view text, bool descending, std::string* key) {
 
 void number_keys(Domain domain, const void* column, std::size_t count, bool descending,
                  std::uint64_t* keys) {
-  if (domain == Domain::signed_integer)
-    return column_keys<std::int64_t>(column, count, descending, keys);
-  if (domain == Domain::unsigned_integer)
-    return column_keys<std::uint64_t>(column, count, descending, keys);
-  column_keys<double>(column, count, descending, keys);
+  with_number_of(
+      domain, [&](auto number) { column_keys<decltype(number)>(column, count, descending, keys); });
 }
 
 void append_key(Domain domain, const void* column, std::size_t i, bool descending,

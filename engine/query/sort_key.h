@@ -5,8 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
-#include "query/operands.h"
+#include "query/column.h"
 
 namespace kelvo {
 

@@ -1,43 +1,16 @@
-// Columns from elements, literals and arithmetic.
-#include "query/operands.h"
+// Columns from elements.
+#include "query/field_operand.h"
 
 #include <array>
 #include <cstring>
-#include <deque>
 #include <string>
 #include <string_view>
-#include <type_traits>
-#include <unordered_map>
 
-#include "error.h"
 #include "query/wide.h"
 #include "values/bits.h"
 
 namespace kelvo {
 namespace {
-
-template <typename Value>
-constexpr Domain domain_of = std::is_same_v<Value, double>          ? Domain::real
-                             : std::is_same_v<Value, std::int64_t>  ? Domain::signed_integer
-                             : std::is_same_v<Value, std::uint64_t> ? Domain::unsigned_integer
-                                                                    : Domain::text;
-
-template <typename Value>
-using Column = std::array<Value, batch_size>;
-
-template <typename Value>
-class Constant : public Operand {
- public:
-  explicit Constant(Value value) : Operand(domain_of<Value>) { column_.fill(value); }
-  const void* evaluate(const Batch& /*batch*/, const Mask* /*active*/) override {
-    return column_.data();
-  }
-
- private:
-  Column<Value> column_;
-};
-
-// --- from elements ---
 
 // The two loops are one, but only with the distance known to the compiler does it vectorise.
 // NOLINTBEGIN(bugprone-signed-char-misuse): a TINYINT is a number, not a character.
@@ -185,62 +158,6 @@ class WrittenField : public Operand {
   Column<std::string_view> column_;
 };
 
-// --- from other operands ---
-
-[[noreturn]] void fail_arithmetic(Fault fault, Arithmetic arithmetic) {
-  const std::string symbol = quoted(symbol_of(arithmetic));
-  if (fault == Fault::division_by_zero) {
-    throw StatementError(Status::out_of_range,
-                         "Division of an integer by zero in " + symbol +
-                             " (a divisor with a fraction, such as 1.0 * n, gives INF)");
-  }
-  throw StatementError(Status::out_of_range,
-                       "The result of " + symbol +
-                           " is out of the range of integers (a factor of 1.0 makes it DOUBLE)");
-}
-
-class Calculation : public Operand {
- public:
-  Calculation(Arithmetic arithmetic, OperandPointer left, OperandPointer right)
-      : Operand(arithmetic_domain(arithmetic, left->domain(), right->domain())),
-        arithmetic_(arithmetic),
-        kernel_(arithmetic_kernel(arithmetic, left->domain(), right->domain())),
-        left_(std::move(left)),
-        right_(std::move(right)) {}
-
-  const void* evaluate(const Batch& batch, const Mask* active) override {
-    const void* left = left_->evaluate(batch, active);
-    const void* right = right_->evaluate(batch, active);
-    const Fault fault = kernel_(left, right, batch.count, active, column_.data());
-    if (fault != Fault::none) fail_arithmetic(fault, arithmetic_);
-    return column_.data();
-  }
-
- private:
-  Arithmetic arithmetic_;
-  ArithmeticKernel kernel_;
-  OperandPointer left_;
-  OperandPointer right_;
-  // Of whatever type the domain says: all numbers have the same size.
-  alignas(std::uint64_t) std::array<std::byte, batch_size * sizeof(std::uint64_t)> column_{};
-};
-
-template <typename From>
-class AsReal : public Operand {
- public:
-  explicit AsReal(OperandPointer number) : Operand(Domain::real), number_(std::move(number)) {}
-
-  const void* evaluate(const Batch& batch, const Mask* active) override {
-    const auto* numbers = static_cast<const From*>(number_->evaluate(batch, active));
-    for (std::size_t i = 0; i < batch.count; ++i) column_[i] = static_cast<double>(numbers[i]);
-    return column_.data();
-  }
-
- private:
-  OperandPointer number_;
-  Column<double> column_;
-};
-
 OperandPointer integer_field(const Field& field) {
   const Type& type = *field.type;
   const bool is_signed = type.is_signed && type.kind != Kind::bit_field;
@@ -280,32 +197,6 @@ OperandPointer field_operand(const Field& field, const ReferenceNamer& namer) {
 
 OperandPointer name_operand(const Field& field, const ReferenceNamer& namer) {
   return std::make_unique<WrittenField>(field, namer);
-}
-
-OperandPointer constant_operand(std::int64_t value) {
-  return std::make_unique<Constant<std::int64_t>>(value);
-}
-OperandPointer constant_operand(std::uint64_t value) {
-  return std::make_unique<Constant<std::uint64_t>>(value);
-}
-OperandPointer constant_operand(double value) { return std::make_unique<Constant<double>>(value); }
-OperandPointer constant_operand(std::string_view value) {
-  return std::make_unique<Constant<std::string_view>>(value);
-}
-
-OperandPointer arithmetic_operand(Arithmetic arithmetic, OperandPointer left,
-                                  OperandPointer right) {
-  if (left->domain() == Domain::real) right = real_operand(std::move(right));
-  if (right->domain() == Domain::real) left = real_operand(std::move(left));
-  return std::make_unique<Calculation>(arithmetic, std::move(left), std::move(right));
-}
-
-OperandPointer real_operand(OperandPointer number) {
-  if (number->domain() == Domain::signed_integer)
-    return std::make_unique<AsReal<std::int64_t>>(std::move(number));
-  if (number->domain() == Domain::unsigned_integer)
-    return std::make_unique<AsReal<std::uint64_t>>(std::move(number));
-  return number;
 }
 
 }  // namespace kelvo
