@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "statements/family.h"
+#include "storage/array_conversion.h"
 #include "storage/check.h"
 #include "storage/crash_guard.h"
 #include "storage/driver.h"
@@ -35,6 +36,7 @@ Session::Session(Cursor& cursor) : result_(cursor) {
   guard_reach(settings_.file_options, settings_.external_link_prefix);
   silence_hdf5();
   register_lzf_filter();
+  mend_array_conversion();
 }
 
 Session::~Session() {
