@@ -17,15 +17,25 @@
 namespace kelvo {
 namespace {
 
+// Through the file that is open where it is in use: opened twice, the HDF5 library would remember
+// committed data types by an opening that is over.
+void repack(const std::string& from, const std::string& to, Session& session) {
+  ObjectName root;
+  root.path = "/";
+  root.file = from;
+  const Target source = session.find(root, Access::read);
+  repack_file(source.file, from, to, session.settings().file_options);
+}
+
 Answer copy_file(Parser& parser, Session& session) {
   const std::string from = parse_host_name(parser, "a file").path;
   parser.expect_keyword("TO");
   const HostName to = parse_host_name(parser, "a new file");
-  const bool repack = parser.accept_keyword("REPACK");
+  const bool anew = parser.accept_keyword("REPACK");
   parser.expect_end();
   expect_on_host(from, HostKind::file);
   const std::string path = host_destination(to, from, HostKind::file);
-  repack ? repack_file(from, path, session.settings().file_options) : copy_host_file(from, path);
+  anew ? repack(from, path, session) : copy_host_file(from, path);
   return nullptr;
 }
 

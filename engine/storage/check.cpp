@@ -21,6 +21,13 @@ herr_t append_line(unsigned /*depth*/, const H5E_error2_t* error, void* lines) {
   return 0;
 }
 
+// What the library says of things in a file whose form it does not know: "bad version number for
+// layout message".
+bool is_of_newer_library(const std::string& reason) {
+  return reason.find("version number") != std::string::npos ||
+         reason.find("'fail if unknown'") != std::string::npos;
+}
+
 std::string& failure_stack() {
   static std::string lines;
   return lines;
@@ -55,6 +62,8 @@ std::string hdf5_reason() {
   for (char& byte : reason) {
     if (byte == '\n') byte = ' ';
   }
+  if (is_of_newer_library(reason))
+    reason += ", as made by a newer HDF5 library (update the one in use) or damaged";
   return without_secrets(reason);
 }
 

@@ -1,6 +1,7 @@
 // Copies objects and attributes.
 #include "storage/copy.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "storage/box_walk.h"
@@ -163,14 +164,23 @@ std::uintmax_t stored_bytes(const ObjectPlace& from, const std::vector<FoundObje
   return bytes;
 }
 
+// Where data types are copied too, they are those of the copied datasets: the HDF5 library would
+// make one of all that are equal.
+bool has_data_types(const std::vector<FoundObject>& objects) {
+  return std::any_of(objects.begin(), objects.end(), [](const FoundObject& object) {
+    return object.type == H5O_TYPE_NAMED_DATATYPE;
+  });
+}
+
 }  // namespace
 
 void copy_object(const ObjectPlace& from, const ObjectPlace& to) {
   const auto what = [&from] { return cannot_copy(from.path); };
-  const PropertyHandle options(check_id(H5Pcreate(H5P_OBJECT_COPY), what));
-  check_done(H5Pset_copy_object(options.get(), H5O_COPY_MERGE_COMMITTED_DTYPE_FLAG), what);
   // Found before the copy, which may be put into the group that is copied.
   const std::vector<FoundObject> objects = objects_below(from.file, from.path);
+  const PropertyHandle options(check_id(H5Pcreate(H5P_OBJECT_COPY), what));
+  if (!has_data_types(objects))
+    check_done(H5Pset_copy_object(options.get(), H5O_COPY_MERGE_COMMITTED_DTYPE_FLAG), what);
   // H5Ocopy itself may end the process when it cannot write.
   expect_room(file_name(to.file), stored_bytes(from, objects));
   check_done(H5Ocopy(from.file, from.path.c_str(), to.file, to.path.c_str(), options.get(),

@@ -9,6 +9,7 @@
 #include "storage/driver.h"
 #include "storage/family.h"
 #include "storage/file_causes.h"
+#include "storage/free_space.h"
 #include "storage/lock.h"
 #include "storage/remote.h"
 
@@ -50,16 +51,33 @@ FileHandle open_family(const std::string& path, Access access, hid_t list) {
   return file;
 }
 
-FileHandle open_host_file(const std::string& path, Access access, hid_t list) {
-  const unsigned flags = access == Access::read ? H5F_ACC_RDONLY : H5F_ACC_RDWR;
-  const std::string real = real_path(path);
-  // Asked before the library opens the file, since that writes a mark into it already.
-  if (access == Access::write && is_locked(real)) fail_locked(path);
-  set_driver(list);
-  FileHandle file(H5Fopen(real.c_str(), flags, list));
+bool remembers_free_space_of(hid_t file) {
+  const PropertyHandle creation(check_id(H5Fget_create_plist(file), cannot_set_up));
+  return remembers_free_space(creation.get());
+}
+
+FileHandle open_for_writing(const std::string& path, const std::string& real, hid_t list) {
+  FileHandle file(H5Fopen(real.c_str(), H5F_ACC_RDWR, list));
   if (!file) fail_open(path, path);
-  if (access == Access::write && !lock_open_file(file.get())) fail_locked(path);
+  if (!lock_open_file(file.get())) fail_locked(path);
   return file;
+}
+
+FileHandle open_host_file(const std::string& path, Access access, hid_t list) {
+  const std::string real = real_path(path);
+  set_driver(list);
+  if (access == Access::read) {
+    FileHandle file(H5Fopen(real.c_str(), H5F_ACC_RDONLY, list));
+    if (!file) fail_open(path, path);
+    return file;
+  }
+  // Asked before the library opens the file, since that writes a mark into it already.
+  if (is_locked(real)) fail_locked(path);
+  FileHandle file = open_for_writing(path, real, list);
+  if (!remembers_free_space_of(file.get())) return file;
+  file.reset();
+  allocate_singly(list);
+  return open_for_writing(path, real, list);
 }
 
 FileHandle open_local(const std::string& path, Access access, hid_t list) {

@@ -81,11 +81,10 @@ class ReferenceNames {
   }
 
   [[nodiscard]] haddr_t address_in_heap(const std::byte* reference) const {
-    const ObjectHandle object(H5Rdereference2(file_, H5P_DEFAULT, H5R_DATASET_REGION, reference));
+    const ObjectHandle object = object_of_region(file_, reference);
     H5O_info_t info;
-    if (object && H5Oget_info2(object.get(), &info, H5O_INFO_BASIC) >= 0) return info.addr;
-    if (heap_is_damaged()) fail_hdf5(cannot_follow());
-    return HADDR_UNDEF;
+    return object && H5Oget_info2(object.get(), &info, H5O_INFO_BASIC) >= 0 ? info.addr
+                                                                            : HADDR_UNDEF;
   }
 
   void walk() {
@@ -109,6 +108,17 @@ class ReferenceNames {
 
 }  // namespace
 
+ObjectHandle object_of_region(hid_t file, const std::byte* reference) {
+  ObjectHandle object(H5Rdereference2(file, H5P_DEFAULT, H5R_DATASET_REGION, reference));
+  if (!object && heap_is_damaged()) fail_hdf5(cannot_follow());
+  return object;
+}
+
+DataspaceHandle region_of(hid_t file, const std::byte* reference) {
+  return DataspaceHandle(
+      check_id(H5Rget_region(file, H5R_DATASET_REGION, reference), cannot_follow));
+}
+
 ReferenceNamer reference_namer(hid_t file) {
   const auto names = std::make_shared<ReferenceNames>(file);
   return [file, names](const Type& type, const std::byte* element) -> std::string {
@@ -118,9 +128,7 @@ ReferenceNamer reference_namer(hid_t file) {
     if (type.kind == Kind::object_reference) return names->name_of(H5R_OBJECT, element);
     const std::string name = names->name_of(H5R_DATASET_REGION, element);
     if (name.empty()) return "";
-    const DataspaceHandle space(
-        check_id(H5Rget_region(file, H5R_DATASET_REGION, element), cannot_follow));
-    return name + bounds(space.get());
+    return name + bounds(region_of(file, element).get());
   };
 }
 

@@ -10,4 +10,10 @@ namespace kelvo {
 /// while it is used.
 ReferenceNamer reference_namer(hid_t file);
 
+/// The object that a region reference of the file leads to; none where that is gone.
+ObjectHandle object_of_region(hid_t file, const std::byte* reference);
+
+/// The elements that a region reference selects in its object, which must be there.
+DataspaceHandle region_of(hid_t file, const std::byte* reference);
+
 }  // namespace kelvo

@@ -14,6 +14,7 @@
 #include "storage/link.h"
 #include "storage/listing.h"
 #include "storage/object.h"
+#include "storage/reference.h"
 
 namespace kelvo {
 namespace {
@@ -112,9 +113,8 @@ void ReferenceMap::make_object_reference(std::byte* element) const {
 }
 
 void ReferenceMap::make_region_reference(std::byte* element) const {
-  const ObjectHandle object(H5Rdereference2(from_, H5P_DEFAULT, H5R_DATASET_REGION, element));
-  const DataspaceHandle region(object ? H5Rget_region(from_, H5R_DATASET_REGION, element)
-                                      : H5I_INVALID_HID);
+  const ObjectHandle object = object_of_region(from_, element);
+  const DataspaceHandle region = object ? region_of(from_, element) : DataspaceHandle();
   std::memset(element, 0, sizeof(hdset_reg_ref_t));
   const std::string* path = region ? new_path(object.get()) : nullptr;
   if (path == nullptr) return;

@@ -9,6 +9,7 @@
 #include "storage/driver.h"
 #include "storage/entries.h"
 #include "storage/file_causes.h"
+#include "storage/free_space.h"
 #include "storage/host.h"
 #include "storage/link.h"
 #include "storage/object.h"
@@ -27,6 +28,7 @@ FileHandle create_unfinished(const std::string& path, hid_t creation, const File
   check_done(H5Pset_fclose_degree(access.get(), H5F_CLOSE_STRONG), cannot_repack);
   check_done(H5Pset_libver_bounds(access.get(), options.low.version, options.high.version),
              cannot_repack);
+  if (remembers_free_space(creation)) allocate_singly(access.get());
   set_driver(access.get());
   return FileHandle(check_id(H5Fcreate(path.c_str(), H5F_ACC_TRUNC, creation, access.get()),
                              [&path] { return "File " + quoted(path) + " cannot be created"; }));
@@ -54,13 +56,34 @@ std::vector<std::string> members_as_made(hid_t file) {
   return names_of(std::move(entries));
 }
 
-// A hard link to the root group would lead to the group that is moved, not to the new root.
-void refuse_links_to_root(hid_t file) {
+haddr_t address_of(hid_t file, const std::string& path) {
   H5O_info_t info;
-  check_done(H5Oget_info_by_name2(file, "/", &info, H5O_INFO_BASIC, H5P_DEFAULT), cannot_repack);
-  if (info.rc > 1) {
-    throw StatementError(Status::not_available,
-                         "A file with a hard link to its root group cannot be repacked");
+  check_done(H5Oget_info_by_name2(file, path.c_str(), &info, H5O_INFO_BASIC, H5P_DEFAULT),
+             cannot_repack);
+  return info.addr;
+}
+
+struct LinksTo {
+  haddr_t address;
+  std::vector<std::string> paths;
+};
+
+herr_t keep_link(hid_t /*group*/, const char* name, const H5L_info_t* link, void* links) {
+  auto* wanted = static_cast<LinksTo*>(links);
+  if (link->type == H5L_TYPE_HARD && link->u.address == wanted->address)
+    wanted->paths.push_back(path_below("/", name));
+  return 0;
+}
+
+// A hard link to the root group leads, in the copy, to the group that was moved.
+void link_to_new_root(hid_t file) {
+  LinksTo links{address_of(file, moving_group), {}};
+  check_done(H5Lvisit(file, H5_INDEX_NAME, H5_ITER_NATIVE, keep_link, &links), cannot_repack);
+  for (const std::string& path : links.paths) {
+    remove_name(file, path);
+    if (path == moving_group) continue;
+    check_done(H5Lcreate_hard(file, "/", file, path.c_str(), making_parents().get(), H5P_DEFAULT),
+               cannot_repack);
   }
 }
 
@@ -68,7 +91,7 @@ void copy_root(hid_t from, hid_t to) {
   copy_object({from, "/"}, {to, moving_group});
   for (const std::string& name : members_as_made(from))
     move_name(to, path_below(moving_group, name), "/" + name);
-  remove_name(to, moving_group);
+  link_to_new_root(to);
   copy_attributes({from, "/"}, {to, "/"}, ReferenceMap(from, to));
   copy_references(from, "/", to, "/", objects_below(from, "/"));
 }
@@ -111,19 +134,18 @@ void check_copy(hid_t source, const std::string& path, const FileOptions& option
 
 }  // namespace
 
-void repack_file(const std::string& from, const std::string& to, const FileOptions& options) {
-  const FileHandle source = open_file(from, Access::read, options);
+void repack_file(hid_t source, const std::string& from, const std::string& to,
+                 const FileOptions& options) {
   check_creatable(to);
-  refuse_links_to_root(source.get());
-  const PropertyHandle creation = creation_of(source.get());
+  const PropertyHandle creation = creation_of(source);
   const UnfinishedFile unfinished(to);
   FileHandle copy = create_unfinished(unfinished.path(), creation.get(), options);
-  copy_root(source.get(), copy.get());
+  copy_root(source, copy.get());
   check_done(copy.reset(), [&to] { return "File " + quoted(to) + " cannot be written"; });
   hsize_t block = 0;
   check_done(H5Pget_userblock(creation.get(), &block), cannot_repack);
   copy_bytes(from, unfinished.path(), block);
-  check_copy(source.get(), unfinished.path(), options);
+  check_copy(source, unfinished.path(), options);
   unfinished.finish();
 }
 

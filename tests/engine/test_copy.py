@@ -3,6 +3,7 @@
 import os
 import resource
 import signal
+import struct
 
 import h5py
 import numpy as np
@@ -144,6 +145,51 @@ def test_references_of_every_shape_lead_to_the_copies(kelvo):
         assert [bool(one) for one in made["refs"][()]] == [False] * 3
 
 
+def test_reference_that_cannot_be_followed_is_not_copied_as_null(kelvo):
+    """As a newer HDF5 library selects elements: in another version of what is stored."""
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made["g/x"] = np.arange(20).reshape(4, 5)
+        made.create_dataset("g/regions", (1,), h5py.regionref_dtype)
+        made["g/regions"][0] = made["g/x"].regionref[1:3, 2:4]
+    content = kelvo.path("a.h5").read_bytes()
+    hyperslab = struct.pack("<III", 2, 1, 0)  # kind of selection, version, reserved
+    assert content.count(hyperslab) == 1
+    kelvo.path("a.h5").write_bytes(content.replace(hyperslab, struct.pack("<III", 2, 9, 0)))
+    kelvo.rows("CREATE FILE b.h5")
+    error = (-9, "A reference cannot be followed: bad version number for hyperslab selection, as made by a newer HDF5 library "
+                 "(update the one in use) or damaged")
+    assert kelvo.error("SELECT * FROM g/regions IN a.h5") == error
+    assert kelvo.error("USE FILE a.h5", "COPY GROUP g TO g IN b.h5") == error
+    assert kelvo.error("COPY FILE a.h5 TO c.h5 REPACK") == error
+    assert sorted(os.listdir(kelvo.folder)) == ["a.h5", "b.h5"]
+    with h5py.File(kelvo.path("b.h5"), "r") as made:
+        assert list(made) == []
+
+
+@pytest.mark.parametrize("member, value, read", [
+    ("VARINT", lambda i: f"[{i}, {i + 1}]", lambda i: [i, i + 1]), ("VARCHAR", lambda i: f"'text {i}'", b"text %d".__mod__),
+    ("SEQUENCE OF COMPOUND (p INT, q FLOAT)", lambda i: f"[({i}, 0.5), ({i}, 1.5)]", lambda i: [(i, 0.5), (i, 1.5)])])
+def test_arrays_whose_elements_own_memory(kelvo, member, value, read):
+    """Each is converted on its own: the HDF5 library gives up the texts and lists of one when it writes the next."""
+    elements = ", ".join(f"([({i}, {value(i)}), ({i + 5}, {value(i + 5)})])" for i in range(4))
+    columns = f"COMPOUND (x COMPOUND (i INT, v {member}) [2]) [4]"
+    kelvo.rows("CREATE FILE a.h5", "USE FILE a.h5", f"CREATE DATASET g/x {columns} VALUES ({elements})",
+               f"CREATE ATTRIBUTE g/x@a {columns} VALUES ({elements})",
+               f"INSERT INTO g/x[1] VALUES (([(1, {value(1)}), (6, {value(6)})]))", "COPY DATASET g/x TO g/y",
+               "COPY DATASET g/x TO g/z CHUNK [3]", "CREATE FILE b.h5", "COPY GROUP g TO g IN b.h5",
+               "COPY FILE a.h5 TO packed.h5 REPACK")
+    expected = [[(i, read(i)), (i + 5, read(i + 5))] for i in range(4)]
+
+    def plain(item):
+        return item if isinstance(item, bytes) else [one.item() for one in item]
+
+    for name in ("a.h5", "b.h5", "packed.h5"):
+        with h5py.File(kelvo.path(name), "r") as made:
+            for path in ("g/x", "g/y", "g/z"):
+                for values in (made[path][()], made[path].attrs["a"]):
+                    assert [[(int(i), plain(v)) for i, v in element["x"]] for element in values] == expected, (name, path)
+
+
 def test_attributes(file):
     with file.copy("COPY ATTRIBUTE g/x@units TO g", "COPY ATTRIBUTE g/x@names TO @n", "COPY ATTRIBUTE g@title TO g@other",
                    "COPY ATTRIBUTE g@ref TO g/x") as made:
@@ -214,6 +260,59 @@ def test_repack_leaves_freed_space_behind(kelvo):
     assert sorted(os.listdir(kelvo.folder)) == ["a.h5", "packed.h5"]
 
 
+def test_repack_keeps_hard_links_to_the_root_group(kelvo):
+    with h5py.File(kelvo.path("loop.h5"), "w", track_order=True) as made:
+        made["z"] = [1, 2]
+        made["self"] = made["/"]
+        made["g/h/root"] = made["/"]
+        made["a"] = 5
+    kelvo.rows("COPY FILE loop.h5 TO packed.h5 REPACK")
+    with h5py.File(kelvo.path("packed.h5"), "r") as made:
+        assert sorted(made["/"]) == ["a", "g", "self", "z"] and list(made["g/h"]) == ["root"]
+        assert made["self"] == made["/"] and made["g/h/root"] == made["/"]
+        assert made["g/h/root/self/z"][()].tolist() == [1, 2] and h5py.h5o.get_info(made.id).rc == 3
+
+
+def test_equal_data_types_stay_apart(kelvo):
+    """The HDF5 library would make one of them, and lose the attributes of the other."""
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        for name in ("t", "g/t"):
+            made[name] = np.dtype("<i4")
+            made[name].attrs["of"] = name
+            made.create_dataset(name + "_used", data=[1, 2], dtype=made[name])
+    kelvo.rows("CREATE FILE b.h5", "USE FILE a.h5", "COPY FILE a.h5 TO packed.h5 REPACK", "COPY GROUP / TO copy IN b.h5")
+    for name, root in (("packed.h5", "/"), ("b.h5", "/copy")):
+        with h5py.File(kelvo.path(name), "r") as made:
+            top = made[root]
+            assert [top[path].attrs["of"] for path in ("t", "g/t")] == ["t", "g/t"]
+            for path in ("t", "g/t"):
+                assert h5py.h5o.get_info(top[path].id).rc == 2  # its name, and the dataset of it
+
+
+def remembering_free_space(path):
+    """A file that keeps a list of its free space, with some in it, so that it gets more before the end of its blocks."""
+    plist = h5py.h5p.create(h5py.h5p.FILE_CREATE)
+    plist.set_file_space_strategy(h5py.h5f.FSPACE_STRATEGY_FSM_AGGR, True, 1)
+    with h5py.File(h5py.h5f.create(str(path).encode(), h5py.h5f.ACC_TRUNC, plist)) as made:
+        for i in range(3):
+            group = made.create_group(f"g{i}")
+            made.create_dataset(f"d{i}", data=np.arange(50), chunks=(7,), maxshape=(None,), compression="gzip")
+            made[f"d{i}"].attrs["text"] = "t" * 100
+            group["soft"] = h5py.SoftLink("/d0")
+
+
+def test_file_that_remembers_its_free_space(kelvo):
+    remembering_free_space(kelvo.path("a.h5"))
+    kelvo.rows("COPY FILE a.h5 TO packed.h5 REPACK", "USE FILE a.h5", "DROP DATASET d1", "RENAME DATASET d2 TO g1/d2",
+               "CREATE DATASET x DOUBLE [1000] VALUES (1)", "DROP ATTRIBUTE d0@text", "DROP DATASET x")
+    with h5py.File(kelvo.path("a.h5"), "r") as made:
+        assert list(made) == ["d0", "g0", "g1", "g2"] and made["g1/d2"][()].tolist() == list(range(50))
+        assert made.id.get_create_plist().get_file_space_strategy()[1]
+    with h5py.File(kelvo.path("packed.h5"), "r") as made:
+        assert list(made) == ["d0", "d1", "d2", "g0", "g1", "g2"] and made["d1"][()].tolist() == list(range(50))
+        assert made.id.get_create_plist().get_file_space_strategy()[1]
+
+
 def test_repack_after_a_drop(file, kelvo):
     kelvo.rows("USE FILE a.h5", "DROP DATASET g/x", "DROP DATASET g/again", "COPY FILE a.h5 TO b.h5 REPACK")
     assert kelvo.path("b.h5").stat().st_size < kelvo.path("a.h5").stat().st_size / 3
@@ -233,11 +332,7 @@ def test_file_errors(file, kelvo):
     assert kelvo.error("COPY FILE a.h5 TO no/b") == (
         -8, f'File "{path("no/b")}" cannot be created: No such file or directory')
     assert kelvo.error("COPY FILE text TO b.h5 REPACK") == (-9, f'File "{path("text")}" is not an HDF5 file')
-    with h5py.File(path("loop.h5"), "w") as made:
-        made["g/root"] = made["/"]
-    assert kelvo.error("COPY FILE loop.h5 TO b.h5 REPACK") == (
-        -7, "A file with a hard link to its root group cannot be repacked")
-    assert sorted(os.listdir(kelvo.folder)) == ["a.h5", "d", "loop.h5", "text"]
+    assert sorted(os.listdir(kelvo.folder)) == ["a.h5", "d", "text"]
 
 
 def allow_20_kilobytes():
