@@ -1,9 +1,10 @@
-// Digits of integers. They are made eight at a time in one 64-bit word, without a branch that
-// depends on how many there are: numbers of mixed lengths would make the processor guess wrong at
-// every one of them.
+// Integers as text, for the program and the default engine. Digits are made eight at a time in one
+// 64-bit word, without a branch that depends on how many there are: numbers of mixed lengths would
+// make the processor guess wrong at every one of them.
 #pragma once
 
 #include <bit>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -47,4 +48,42 @@ inline char* write_up_to_sixteen(char* text, std::uint64_t value) {
   if (value < ten_to_8) return write_up_to_eight(text, static_cast<std::uint32_t>(value));
   text = write_up_to_eight(text, static_cast<std::uint32_t>(value / ten_to_8));
   return write_eight(text, static_cast<std::uint32_t>(value % ten_to_8));
+}
+
+/// Bytes that a caller must have free behind the place it writes an integer to: a sign, 19 or 20
+/// digits; whole words are stored at their end.
+constexpr std::size_t integer_text_room = 32;
+
+// Each writes the integer's text, without a NUL, and returns the byte behind it. What is written
+// behind that byte, within the room, is left undefined.
+
+inline char* write_number(char* text, std::uint32_t value) {
+  if (value < ten_to_8) return write_up_to_eight(text, value);
+  text = write_up_to_eight(text, value / ten_to_8);
+  return write_eight(text, value % ten_to_8);
+}
+
+inline char* write_number(char* text, std::uint64_t value) {
+  if (value < ten_to_16) return write_up_to_sixteen(text, value);
+  text = write_up_to_eight(text, static_cast<std::uint32_t>(value / ten_to_16));
+  const std::uint64_t rest = value % ten_to_16;
+  text = write_eight(text, static_cast<std::uint32_t>(rest / ten_to_8));
+  return write_eight(text, static_cast<std::uint32_t>(rest % ten_to_8));
+}
+
+// A negative number's size is made by arithmetic, for the compiler would make a branch of a choice:
+// signs in no order would be guessed wrong every other time.
+template <typename Unsigned>
+char* write_signed(char* text, Unsigned bits) {
+  const auto negative = static_cast<Unsigned>(bits >> (8 * sizeof bits - 1));
+  *text = '-';  // always stored, and only sometimes kept
+  return write_number(text + negative, static_cast<Unsigned>((bits ^ (0 - negative)) + negative));
+}
+
+inline char* write_number(char* text, std::int32_t value) {
+  return write_signed(text, static_cast<std::uint32_t>(value));
+}
+
+inline char* write_number(char* text, std::int64_t value) {
+  return write_signed(text, static_cast<std::uint64_t>(value));
 }

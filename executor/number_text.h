@@ -4,7 +4,6 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
 
 #include "executor/digits.h"
 
@@ -13,38 +12,5 @@
 /// end.
 constexpr std::size_t number_text_room = 336;
 
-// Each writes the number's text, without a NUL, and returns the byte behind it. What is written
-// behind that byte, within the room, is left undefined.
-
-inline char* write_number(char* text, std::uint32_t value) {
-  if (value < ten_to_8) return write_up_to_eight(text, value);
-  text = write_up_to_eight(text, value / ten_to_8);
-  return write_eight(text, value % ten_to_8);
-}
-
-inline char* write_number(char* text, std::uint64_t value) {
-  if (value < ten_to_16) return write_up_to_sixteen(text, value);
-  text = write_up_to_eight(text, static_cast<std::uint32_t>(value / ten_to_16));
-  const std::uint64_t rest = value % ten_to_16;
-  text = write_eight(text, static_cast<std::uint32_t>(rest / ten_to_8));
-  return write_eight(text, static_cast<std::uint32_t>(rest % ten_to_8));
-}
-
-// A negative number's size is made by arithmetic, for the compiler would make a branch of a choice:
-// signs in no order would be guessed wrong every other time.
-template <typename Unsigned>
-char* write_signed(char* text, Unsigned bits) {
-  const auto negative = static_cast<Unsigned>(bits >> (8 * sizeof bits - 1));
-  *text = '-';  // always stored, and only sometimes kept
-  return write_number(text + negative, static_cast<Unsigned>((bits ^ (0 - negative)) + negative));
-}
-
-inline char* write_number(char* text, std::int32_t value) {
-  return write_signed(text, static_cast<std::uint32_t>(value));
-}
-
-inline char* write_number(char* text, std::int64_t value) {
-  return write_signed(text, static_cast<std::uint64_t>(value));
-}
-
+/// Writes the number's text as the integers' functions do, within its own room.
 char* write_number(char* text, double value);

@@ -3,12 +3,12 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cmath>
 #include <cstring>
 #include <type_traits>
 
+#include "digits.h"
 #include "values/bits.h"
+#include "values/shortest.h"
 #include "values/text_walk.h"
 
 namespace kelvo {
@@ -21,29 +21,34 @@ T load(const std::byte* element) {
   return value;
 }
 
+// The smaller integers are written as those of 32 bits.
 template <typename T>
-char* write_shortest(T value, char* text) {
-  // The sign of a NAN is no part of its value.
-  if constexpr (std::is_floating_point_v<T>) value = std::isnan(value) ? std::fabs(value) : value;
-  return std::to_chars(text, text + number_room, value).ptr;
+char* write_integer(T value, char* text) {
+  using Word = std::conditional_t<std::is_signed_v<T>, std::int32_t, std::uint32_t>;
+  using Written = std::conditional_t<sizeof(T) < sizeof(Word), Word, T>;
+  return write_number(text, Written{value});
 }
 
 template <typename T>
-void append_shortest(T value, std::string* text) {
-  std::array<char, number_room> digits{};
-  text->append(digits.data(), write_shortest(value, digits.data()));
+void append_integer(T value, std::string* text) {
+  std::array<char, number_room> digits;
+  text->append(digits.data(), write_integer(value, digits.data()));
 }
 
 template <typename T>
-char* write_number(const std::byte* element, char* text) {
-  return write_shortest(load<T>(element), text);
+char* write_element(const std::byte* element, char* text) {
+  if constexpr (std::is_integral_v<T>) {
+    return write_integer(load<T>(element), text);
+  } else {
+    return write_shortest(load<T>(element), text);
+  }
 }
 
 template <typename Small, typename Short, typename Word, typename Long>
 NumberWriter integer_writer(std::size_t size) {
-  if (size == sizeof(Small)) return write_number<Small>;
-  if (size == sizeof(Short)) return write_number<Short>;
-  return size == sizeof(Word) ? write_number<Word> : write_number<Long>;
+  if (size == sizeof(Small)) return write_element<Small>;
+  if (size == sizeof(Short)) return write_element<Short>;
+  return size == sizeof(Word) ? write_element<Word> : write_element<Long>;
 }
 
 void append_hex(unsigned char byte, std::string* text) {
@@ -59,9 +64,9 @@ void append_enumeration(const Type& type, const std::byte* element, bool nested,
   if (name != nullptr) {
     *text += nested ? string_literal(name->name) : name->name;
   } else if (type.is_signed) {
-    append_shortest(static_cast<std::int64_t>(bits), text);
+    append_integer(static_cast<std::int64_t>(bits), text);
   } else {
-    append_shortest(bits, text);
+    append_integer(bits, text);
   }
 }
 
@@ -156,7 +161,7 @@ std::string_view varying_text(const std::byte* element) {
 NumberWriter number_writer(const Type& type) {
   if (!type.is_numeric() || type.kind == Kind::time) return nullptr;
   if (type.kind == Kind::real)
-    return type.size == sizeof(float) ? write_number<float> : write_number<double>;
+    return type.size == sizeof(float) ? write_element<float> : write_element<double>;
   const bool is_signed = type.is_signed && type.kind != Kind::bit_field;
   return is_signed
              ? integer_writer<std::int8_t, std::int16_t, std::int32_t, std::int64_t>(type.size)
@@ -166,10 +171,10 @@ NumberWriter number_writer(const Type& type) {
 void append_number(const Type& type, const std::byte* element, std::string* text) {
   if (type.kind == Kind::time) {
     const std::uint64_t bits = load_integer(element, type.size, type.order, type.is_signed);
-    return type.is_signed ? append_shortest(static_cast<std::int64_t>(bits), text)
-                          : append_shortest(bits, text);
+    return type.is_signed ? append_integer(static_cast<std::int64_t>(bits), text)
+                          : append_integer(bits, text);
   }
-  std::array<char, number_room> digits{};
+  std::array<char, number_room> digits;
   text->append(digits.data(), number_writer(type)(element, digits.data()));
 }
 

@@ -21,8 +21,8 @@ std::string_view without_padding(const Type& type, const std::byte* element);
 /// The null-safe text of a varying_text element; data() is null for a null string.
 std::string_view varying_text(const std::byte* element);
 
-/// Bytes that the text of a number takes at most.
-constexpr std::size_t number_room = 32;
+/// Bytes that must be free where the text of a number goes.
+constexpr std::size_t number_room = 40;
 
 /// Writes the number of an element to a place with that much room and returns the byte behind it.
 using NumberWriter = char* (*)(const std::byte* element, char* text);
