@@ -4,7 +4,7 @@
 #include "session.h"
 #include "statements/places.h"
 #include "statements/show.h"
-#include "storage/datatype.h"
+#include "storage/describe_datatype.h"
 #include "storage/object.h"
 
 namespace kelvo {

@@ -8,6 +8,7 @@
 #include "storage/check.h"
 #include "storage/chunk_reader.h"
 #include "storage/datatype.h"
+#include "storage/describe_datatype.h"
 #include "storage/hyperslab.h"
 #include "storage/object.h"
 #include "storage/sources.h"
