@@ -21,11 +21,6 @@ namespace {
 
 constexpr std::size_t block_bytes = std::size_t{512} * 1024;
 
-struct CloseFile {
-  void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-using HostFile = std::unique_ptr<std::FILE, CloseFile>;
-
 Literal npy_literal(const Type& type, const std::byte* element);
 
 float from_half(std::uint64_t bits) {
@@ -218,7 +213,7 @@ Type in_bytes(Type type) {
 }  // namespace
 
 std::unique_ptr<ElementStream> open_npy(const std::string& path, const Type& type) {
-  HostFile file(open_host_file(path));
+  HostFile file = open_host_file(path);
   NpyArray array = read_npy_header(file.get(), path);
   take_array(type, &array);
   const std::uint64_t count = element_count(array.shape, path);
@@ -230,8 +225,7 @@ std::unique_ptr<ElementStream> open_bin(const std::string& path, const Type& typ
     throw StatementError(Status::wrong_kind,
                          type_name(type) + " has no fixed size, a .bin file cannot hold it");
   }
-  return std::make_unique<BinaryStream>(path, HostFile(open_host_file(path)), in_bytes(type),
-                                        std::nullopt);
+  return std::make_unique<BinaryStream>(path, open_host_file(path), in_bytes(type), std::nullopt);
 }
 
 }  // namespace kelvo

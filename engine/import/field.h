@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "values/encode.h"
+#include "values/encoded_elements.h"
 
 namespace kelvo {
 

@@ -9,12 +9,12 @@
 
 namespace kelvo {
 
-std::FILE* open_host_file(const std::string& path) {
+HostFile open_host_file(const std::string& path) {
   std::error_code error;
   if (std::filesystem::is_directory(path, error)) {
     throw StatementError(Status::wrong_kind, "File " + quoted(path) + " is a directory");
   }
-  std::FILE* file = std::fopen(path.c_str(), "rb");
+  HostFile file(std::fopen(path.c_str(), "rb"));
   if (file != nullptr) return file;
   if (errno == ENOENT)
     throw StatementError(Status::does_not_exist, "File " + quoted(path) + " does not exist");

@@ -3,15 +3,20 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 
 #include "error.h"
 
 namespace kelvo {
 
-/// Throws StatementError where the file does not exist, is a directory or cannot be read. The
-/// caller closes it.
-std::FILE* open_host_file(const std::string& path);
+struct CloseFile {
+  void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+using HostFile = std::unique_ptr<std::FILE, CloseFile>;
+
+/// Throws StatementError where the file does not exist, is a directory or cannot be read.
+HostFile open_host_file(const std::string& path);
 
 /// Throws that reading the file failed, for the reason that errno tells.
 [[noreturn]] void refuse_host_file(const std::string& path);

@@ -5,80 +5,16 @@
 #include <rapidjson/error/en.h>
 #include <rapidjson/reader.h>
 
-#include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
-#include <cstdio>
-#include <limits>
 #include <vector>
 
 #include "error.h"
-#include "import/field.h"
-#include "import/host_file.h"
-#include "values/text.h"
+#include "import/json_input.h"
+#include "import/json_value.h"
 
 namespace kelvo {
 namespace {
 
 constexpr std::size_t elements_per_block = 16384;
-
-struct CloseFile {
-  void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-
-// The parser's input: bytes of the file, counted by line.
-class Input {
- public:
-  using Ch = char;
-
-  explicit Input(const std::string& path) : path_(path), file_(open_host_file(path)) {
-    fill();
-    if (std::string_view(buffer_.data(), end_).starts_with(byte_order_mark))
-      at_ = line_begin_ = byte_order_mark.size();
-  }
-
-  [[nodiscard]] Ch Peek() const { return at_ < end_ ? buffer_[at_] : '\0'; }
-  Ch Take() {
-    const Ch byte = Peek();
-    if (byte == '\n') {
-      ++line_;
-      line_begin_ = Tell() + 1;
-    }
-    if (++at_ >= end_) fill();
-    return byte;
-  }
-  [[nodiscard]] std::size_t Tell() const { return before_ + at_; }
-
-  // Of the interface, for parsing in place, which is not done here.
-  static Ch* PutBegin() { return nullptr; }
-  void Put(Ch /*byte*/) {}
-  void Flush() {}
-  static std::size_t PutEnd(Ch* /*begin*/) { return 0; }
-
-  [[nodiscard]] bool at_end() const { return at_ >= end_; }
-
-  [[noreturn]] void fail(const StatementError& error) const {
-    fail_in_file(path_, line_, Tell() - line_begin_ + 1, error);
-  }
-
- private:
-  void fill() {
-    before_ += end_;
-    at_ = 0;
-    end_ = std::fread(buffer_.data(), 1, buffer_.size(), file_.get());
-    if (end_ == 0 && std::ferror(file_.get()) != 0) refuse_host_file(path_);
-  }
-
-  std::string path_;
-  std::unique_ptr<std::FILE, CloseFile> file_;
-  std::array<char, 65536> buffer_{};
-  std::size_t at_ = 0;
-  std::size_t end_ = 0;
-  std::size_t before_ = 0;  // bytes of the file before the buffer
-  std::size_t line_ = 1;
-  std::size_t line_begin_ = 0;
-};
 
 // Values within values; beyond it the stack would overflow.
 constexpr std::size_t most_nested = 256;
@@ -97,17 +33,6 @@ std::string plain_bytes(std::string_view text) {
   return bytes;
 }
 
-bool from_hexadecimal(const std::string& digits, std::string* bytes) {
-  bytes->clear();
-  for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
-    unsigned value = 0;
-    const auto result = std::from_chars(digits.data() + i, digits.data() + i + 2, value, 16);
-    if (result.ptr != digits.data() + i + 2) return false;
-    *bytes += static_cast<char>(value);
-  }
-  return digits.size() % 2 == 0;
-}
-
 // How deeply arrays are nested in one element.
 std::size_t list_depth(const Type& type) {
   if (type.kind == Kind::sequence) return 1 + list_depth(type.base[0]);
@@ -119,7 +44,7 @@ std::size_t list_depth(const Type& type) {
 // members along.
 class Builder {
  public:
-  Builder(const Type& type, Input& input, const ElementStream::Taker& take)
+  Builder(const Type& type, JsonInput& input, const ElementStream::Taker& take)
       : input_(input), take_(take), elements_(type), depth_of_element_(list_depth(type)) {}
 
   // Hands over what has come in so far.
@@ -212,7 +137,7 @@ class Builder {
     }
     try {
       elements_.append_room(1);
-      put(elements_.type(), 0, literal);
+      put_json(elements_, elements_.type(), 0, literal);
     } catch (const StatementError& error) {
       input_.fail(error);
     }
@@ -220,88 +145,7 @@ class Builder {
     return true;
   }
 
-  void put(const Type& type, std::size_t offset, Literal& literal) {
-    if (type.kind == Kind::compound && literal.kind == LiteralKind::object) {
-      return put_members(type, offset, literal);
-    }
-    // Most of all values are plain numbers: they take the short way of a field.
-    if (is_number(literal) && type.is_numeric())
-      return put_field(elements_, type, offset, literal.text);
-    fit(type, literal);
-    elements_.put(type, offset, literal);
-  }
-
-  void put_members(const Type& type, std::size_t offset, Literal& literal) {
-    for (const Member& member : type.members) {
-      std::size_t i = 0;
-      while (i < literal.names.size() && literal.names[i] != member.name) ++i;
-      if (i == literal.names.size()) {
-        throw StatementError(Status::out_of_range,
-                             "A value for the member " + quoted(member.name) + " is missing");
-      }
-      put(member.type, offset + member.offset, literal.items[i]);
-    }
-    for (const std::string& name : literal.names) {
-      const bool known = std::any_of(type.members.begin(), type.members.end(),
-                                     [&name](const Member& member) { return member.name == name; });
-      if (!known)
-        throw StatementError(Status::does_not_exist, "The compound has no member " + quoted(name));
-    }
-  }
-
-  // JSON's words, numbers and strings become what the type takes.
-  void fit(const Type& type, Literal& literal) {
-    if (literal.kind == LiteralKind::list) return fit_items(type, literal);
-    if (literal.kind == LiteralKind::object) return fit_members(type, literal);
-    if (literal.kind == LiteralKind::string) return fit_string(type, literal);
-    if (literal.kind != LiteralKind::word) return;
-    if (is_number(literal)) {
-      literal = field_literal(type, literal.text);
-    } else if (literal.text == "NULL") {
-      if (type.kind == Kind::real) literal = field_literal(type, "NAN");
-    } else if (type.kind == Kind::integer) {
-      literal = field_literal(type, literal.text == "TRUE" ? "1" : "0");
-    }
-  }
-
-  // A list within an array may be one of its lines, or an element that is a list itself.
-  void fit_items(const Type& type, Literal& literal) {
-    if (type.kind != Kind::array && type.kind != Kind::sequence) return;
-    const bool base_is_list =
-        type.base[0].kind == Kind::array || type.base[0].kind == Kind::sequence;
-    for (Literal& item : literal.items) {
-      const bool is_line = item.kind == LiteralKind::list && !base_is_list;
-      fit(is_line ? type : type.base[0], item);
-    }
-  }
-
-  void fit_members(const Type& type, Literal& literal) {
-    for (std::size_t i = 0; i < literal.names.size(); ++i) {
-      for (const Member& member : type.members) {
-        if (member.name == literal.names[i]) fit(member.type, literal.items[i]);
-      }
-    }
-  }
-
-  static void fit_string(const Type& type, Literal& literal) {
-    if (type.kind != Kind::opaque) return;
-    std::string bytes;
-    if (!from_hexadecimal(literal.text, &bytes)) {
-      throw StatementError(Status::wrong_kind, "Value " + quoted(literal.text) +
-                                                   " is no value of " + type_name(type) +
-                                                   " (two hexadecimal digits a byte)");
-    }
-    literal.kind = LiteralKind::bytes;
-    literal.text = std::move(bytes);
-  }
-
-  // The parser hands numbers over as their text.
-  static bool is_number(const Literal& literal) {
-    return literal.kind == LiteralKind::word &&
-           (literal.text[0] == '-' || (literal.text[0] >= '0' && literal.text[0] <= '9'));
-  }
-
-  Input& input_;
+  JsonInput& input_;
   const ElementStream::Taker& take_;
   EncodedElements elements_;
   std::vector<Literal> open_;         // containers of the element that is being put together
@@ -345,7 +189,7 @@ class JsonStream : public ElementStream {
     input_.fail(StatementError(Status::wrong_kind, "Not JSON: " + why));
   }
 
-  Input input_;
+  JsonInput input_;
   bool header_;
 };
 

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "import/host_file.h"
 #include "values/text.h"
 
 namespace kelvo {

@@ -1,14 +1,14 @@
 // The lines of a text file of any size.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "error.h"
+#include "import/host_file.h"
 
 namespace kelvo {
 
@@ -47,15 +47,11 @@ class LineReader {
                          const StatementError& error) const;
 
  private:
-  struct CloseFile {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-  };
-
   bool fill();
   [[noreturn]] void fail_length() const;
 
   std::string path_;
-  std::unique_ptr<std::FILE, CloseFile> file_;
+  HostFile file_;
   std::vector<char> buffer_;
   std::size_t begin_ = 0;  // of what has not been given yet
   std::size_t end_ = 0;

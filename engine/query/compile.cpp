@@ -10,7 +10,7 @@
 #include "language/lexer.h"
 #include "query/arithmetic_operand.h"
 #include "query/constants.h"
-#include "values/encode.h"
+#include "values/literal.h"
 
 namespace kelvo {
 namespace {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "storage/element_io.h"
-#include "values/encode.h"
+#include "values/encoded_elements.h"
 
 namespace kelvo {
 

@@ -7,7 +7,7 @@
 #include "storage/check.h"
 #include "storage/datatype.h"
 #include "storage/object.h"
-#include "values/encode.h"
+#include "values/encoded_elements.h"
 
 namespace kelvo {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "values/encode.h"
+#include "values/encoded_elements.h"
 #include "values/text.h"
 #include "values/type.h"
 

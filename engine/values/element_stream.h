@@ -3,7 +3,7 @@
 
 #include <functional>
 
-#include "values/encode.h"
+#include "values/encoded_elements.h"
 
 namespace kelvo {
 

@@ -18,13 +18,6 @@ namespace {
                        "Value " + describe(literal) + " does not fit " + type_name(type));
 }
 
-[[noreturn]] void refuse_kind(const Literal& literal, const Type& type) {
-  const std::string hint =
-      type.kind == Kind::compound ? " (one is written (1, 'a') or {id: 1, name: 'a'})" : "";
-  throw StatementError(Status::wrong_kind,
-                       "Value " + describe(literal) + " is no value of " + type_name(type) + hint);
-}
-
 [[noreturn]] void refuse_name(const Literal& literal, const Type& type) {
   constexpr std::size_t most_listed = 8;
   std::string hint = "SHOW MEMBER lists its names";
@@ -36,10 +29,6 @@ namespace {
   throw StatementError(Status::out_of_range, type_name(type) + " has no value " +
                                                  describe(literal) +
                                                  (hint.empty() ? "" : " (" + hint + ")"));
-}
-
-void store(const void* value, std::size_t size, std::byte* element) {
-  std::memcpy(element, value, size);
 }
 
 // A real number counts as an integer where it is exactly one: 1e3, 2.0.
@@ -91,9 +80,12 @@ void encode_real(const Type& type, const Literal& literal, std::byte* element) {
   const bool infinite = std::isinf(value) && !has_digit(literal.text);
   if (!infinite && std::fabs(value) >= least_too_large(type.real_format()))
     refuse_fit(literal, type);
-  if (type.size == 8) return store(&value, sizeof value, element);
   const auto single = static_cast<float>(value);
-  store(&single, sizeof single, element);
+  if (type.size == sizeof single) {
+    std::memcpy(element, &single, sizeof single);
+  } else {
+    std::memcpy(element, &value, sizeof value);
+  }
 }
 
 void encode_text(const Type& type, const Literal& literal, std::byte* element) {
@@ -127,81 +119,9 @@ void encode_enumeration(const Type& type, const Literal& literal, std::byte* ele
   store_integer(bits, type.size, type.order, element);
 }
 
-void check_count(std::size_t written, std::size_t wanted, const std::string& of_what) {
-  if (written == wanted) return;
-  throw StatementError(Status::out_of_range,
-                       std::to_string(wanted) + (wanted == 1 ? " value is" : " values are") +
-                           " needed for " + of_what + ", " + std::to_string(written) +
-                           (written == 1 ? " is" : " are") + " given");
-}
-
-// Whether the items of an array of several dimensions are lines, not elements. Where elements are
-// lists themselves, and there are as many of them as lines, only what is in them can tell.
-bool is_nested(const Type& type, const Literal& literal) {
-  const auto is_list = [](const Literal& item) { return item.kind == LiteralKind::list; };
-  if (literal.items.size() != type.extents[0] || literal.items.empty()) return false;
-  const bool base_is_list = type.base[0].kind == Kind::sequence || type.base[0].kind == Kind::array;
-  if (!base_is_list || literal.items.size() != type.array_length())
-    return is_list(literal.items[0]);
-  return std::all_of(literal.items.begin(), literal.items.end(), [&](const Literal& item) {
-    return is_list(item) && item.items.size() == 1 && is_list(item.items[0]);
-  });
-}
-
 }  // namespace
 
-std::string describe(const Literal& literal) {
-  switch (literal.kind) {
-    case LiteralKind::string:
-      return string_literal(literal.text);
-    case LiteralKind::bytes:
-      return "X'...'";
-    case LiteralKind::tuple:
-      return "(...)";
-    case LiteralKind::object:
-      return "{...}";
-    case LiteralKind::list:
-      return "[...]";
-    default:
-      return literal.text;
-  }
-}
-
-void EncodedElements::append(const Literal& literal) {
-  bytes_.resize(bytes_.size() + type_->size);
-  encode(*type_, literal, bytes_.data() + count_ * type_->size);
-  ++count_;
-}
-
-void EncodedElements::append_zeros() {
-  bytes_.resize(bytes_.size() + type_->size);
-  ++count_;
-}
-
-void EncodedElements::put(const Type& type, std::size_t offset, const Literal& literal) {
-  encode(type, literal, place(offset));
-}
-
-void EncodedElements::append_bytes(const std::byte* elements, std::size_t count) {
-  bytes_.insert(bytes_.end(), elements, elements + count * type_->size);
-  count_ += count;
-}
-
-std::byte* EncodedElements::append_room(std::size_t count) {
-  const std::size_t begin = bytes_.size();
-  bytes_.resize(begin + count * type_->size);
-  count_ += count;
-  return bytes_.data() + begin;
-}
-
-void EncodedElements::clear() {
-  bytes_.clear();
-  count_ = 0;
-  texts_.clear();
-  sequences_.clear();
-}
-
-void EncodedElements::encode(const Type& type, const Literal& literal, std::byte* element) {
+void encode(const Type& type, const Literal& literal, std::byte* element) {
   switch (type.kind) {
     case Kind::integer:
     case Kind::bit_field:
@@ -211,99 +131,43 @@ void EncodedElements::encode(const Type& type, const Literal& literal, std::byte
       return encode_real(type, literal, element);
     case Kind::text:
       return encode_text(type, literal, element);
-    case Kind::varying_text:
-      return encode_varying_text(type, literal, element);
     case Kind::opaque:
       return encode_opaque(type, literal, element);
     case Kind::enumeration:
       return encode_enumeration(type, literal, element);
+    case Kind::varying_text:
     case Kind::compound:
-      return encode_compound(type, literal, element);
     case Kind::array:
-      return encode_array(type, literal, element);
     case Kind::sequence:
-      return encode_sequence(type, literal, element);
     case Kind::object_reference:
     case Kind::region_reference:
       refuse_kind(literal, type);
   }
 }
 
-void EncodedElements::encode_compound(const Type& type, const Literal& literal,
-                                      std::byte* element) {
-  if (literal.kind == LiteralKind::object) return encode_object(type, literal, element);
-  if (literal.kind != LiteralKind::tuple) refuse_kind(literal, type);
-  check_count(literal.items.size(), type.members.size(),
-              "a compound with " + std::to_string(type.members.size()) +
-                  (type.members.size() == 1 ? " member" : " members"));
-  for (std::size_t i = 0; i < type.members.size(); ++i) {
-    encode(type.members[i].type, literal.items[i], element + type.members[i].offset);
-  }
+void refuse_kind(const Literal& literal, const Type& type) {
+  const std::string hint =
+      type.kind == Kind::compound ? " (one is written (1, 'a') or {id: 1, name: 'a'})" : "";
+  throw StatementError(Status::wrong_kind,
+                       "Value " + describe(literal) + " is no value of " + type_name(type) + hint);
 }
 
-void EncodedElements::encode_object(const Type& type, const Literal& literal, std::byte* element) {
-  for (const std::string& name : literal.names) {
-    const bool known = std::any_of(type.members.begin(), type.members.end(),
+std::size_t item_of_member(const Literal& object, const std::string& member) {
+  const auto name = std::find(object.names.begin(), object.names.end(), member);
+  if (name == object.names.end()) {
+    throw StatementError(Status::out_of_range,
+                         "A value for the member " + quoted(member) + " is missing");
+  }
+  return static_cast<std::size_t>(name - object.names.begin());
+}
+
+void check_member_names(const Literal& object, const Type& compound) {
+  for (const std::string& name : object.names) {
+    const bool known = std::any_of(compound.members.begin(), compound.members.end(),
                                    [&name](const Member& member) { return member.name == name; });
     if (!known)
       throw StatementError(Status::does_not_exist, "The compound has no member " + quoted(name));
   }
-  for (const Member& member : type.members) {
-    const auto name = std::find(literal.names.begin(), literal.names.end(), member.name);
-    if (name == literal.names.end()) {
-      throw StatementError(Status::out_of_range,
-                           "A value for the member " + quoted(member.name) + " is missing");
-    }
-    encode(member.type, literal.items[static_cast<std::size_t>(name - literal.names.begin())],
-           element + member.offset);
-  }
-}
-
-// [1, 2, 3] in C order, or nested lists, one level for each dimension.
-void EncodedElements::encode_array(const Type& type, const Literal& literal, std::byte* element) {
-  if (literal.kind != LiteralKind::list) refuse_kind(literal, type);
-  const Type& base = type.base[0];
-  const bool nested = type.extents.size() > 1 && is_nested(type, literal);
-  if (nested) {
-    Type line = type;
-    line.extents.erase(line.extents.begin());
-    line.size = type.size / static_cast<std::size_t>(type.extents[0]);
-    for (std::size_t i = 0; i < literal.items.size(); ++i)
-      encode_array(line, literal.items[i], element + i * line.size);
-    return;
-  }
-  check_count(literal.items.size(), static_cast<std::size_t>(type.array_length()),
-              "an array of " + type_name(base));
-  for (std::size_t i = 0; i < literal.items.size(); ++i)
-    encode(base, literal.items[i], element + i * base.size);
-}
-
-void EncodedElements::encode_sequence(const Type& type, const Literal& literal,
-                                      std::byte* element) {
-  if (literal.kind != LiteralKind::list) refuse_kind(literal, type);
-  const Type& base = type.base[0];
-  std::vector<std::byte>& items = sequences_.emplace_back(literal.items.size() * base.size);
-  for (std::size_t i = 0; i < literal.items.size(); ++i)
-    encode(base, literal.items[i], items.data() + i * base.size);
-  const std::size_t count = literal.items.size();
-  const void* address = items.data();
-  store(&count, sizeof count, element);
-  store(&address, sizeof address, element + sizeof count);
-}
-
-void EncodedElements::encode_varying_text(const Type& type, const Literal& literal,
-                                          std::byte* element) {
-  const char* address = nullptr;
-  if (literal.is_text()) {
-    if (literal.text.find('\0') != std::string::npos) {
-      throw StatementError(Status::out_of_range,
-                           "A VARCHAR cannot hold a null byte (CHAR and OPAQUE can)");
-    }
-    address = texts_.emplace_back(literal.text).c_str();
-  } else if (literal.kind != LiteralKind::word || literal.text != "NULL") {
-    refuse_kind(literal, type);
-  }
-  store(&address, sizeof address, element);
 }
 
 }  // namespace kelvo

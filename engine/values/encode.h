@@ -1,68 +1,28 @@
-// Written values become elements in memory. Everything is checked here, before anything is written
-// to a file.
+// Written values become single elements in memory, once they are found to fit. What has members,
+// items or memory of its own is put together from them (values/encoded_elements.h).
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <string>
-#include <vector>
 
 #include "values/literal.h"
 #include "values/type.h"
 
 namespace kelvo {
 
-/// Elements made from literals, with the memory that their varying parts point to.
-class EncodedElements {
- public:
-  explicit EncodedElements(const Type& type) : type_(&type) {}
+/// Writes the element of a type that holds its whole value: numbers, times, fixed strings, opaque
+/// values, enumerations; references are refused. Throws StatementError: out_of_range for a value
+/// that does not fit, wrong_kind for one of another kind. Nothing is ever cut or rounded to another
+/// integer.
+void encode(const Type& type, const Literal& literal, std::byte* element);
 
-  /// Appends one element. Throws StatementError: out_of_range for a value that does not fit,
-  /// wrong_kind for one of another kind. Nothing is ever cut or rounded to another integer.
-  void append(const Literal& literal);
+/// Throws that the literal is no value of the type.
+[[noreturn]] void refuse_kind(const Literal& literal, const Type& type);
 
-  /// The bytes of all elements so far, `type.size` each; good until the next append.
-  [[nodiscard]] const std::byte* data() const noexcept { return bytes_.data(); }
-  [[nodiscard]] std::size_t count() const noexcept { return count_; }
+/// The index of a compound member's value in an object. Throws StatementError where it is missing.
+std::size_t item_of_member(const Literal& object, const std::string& member);
 
-  /// Appends one element of zeros, to be filled by put.
-  void append_zeros();
-  /// Fills the part of the last element that is at `offset` and of the type.
-  void put(const Type& type, std::size_t offset, const Literal& literal);
-  /// The last element's byte at `offset`.
-  [[nodiscard]] std::byte* place(std::size_t offset) {
-    return bytes_.data() + (count_ - 1) * type_->size + offset;
-  }
-
-  /// Appends elements that lie in memory as the type says; what varying parts point to must outlive
-  /// these.
-  void append_bytes(const std::byte* elements, std::size_t count);
-
-  /// Appends elements of zeros and returns where they are, to be filled before the next append.
-  std::byte* append_room(std::size_t count);
-
-  /// Forgets all elements and what their varying parts point to; memory for the elements is kept.
-  void clear();
-
-  [[nodiscard]] const Type& type() const noexcept { return *type_; }
-
- private:
-  void encode(const Type& type, const Literal& literal, std::byte* element);
-  void encode_compound(const Type& type, const Literal& literal, std::byte* element);
-  void encode_object(const Type& type, const Literal& literal, std::byte* element);
-  void encode_array(const Type& type, const Literal& literal, std::byte* element);
-  void encode_sequence(const Type& type, const Literal& literal, std::byte* element);
-  void encode_varying_text(const Type& type, const Literal& literal, std::byte* element);
-
-  const Type* type_;
-  std::vector<std::byte> bytes_;
-  std::size_t count_ = 0;
-  // What varying parts point to; a deque never moves what it holds.
-  std::deque<std::string> texts_;
-  std::deque<std::vector<std::byte>> sequences_;
-};
-
-/// The literal as messages show it.
-std::string describe(const Literal& literal);
+/// Throws StatementError where the object has a value for a member that the compound has not.
+void check_member_names(const Literal& object, const Type& compound);
 
 }  // namespace kelvo

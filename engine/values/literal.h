@@ -37,4 +37,7 @@ struct Literal {
   }
 };
 
+/// The literal as messages show it.
+std::string describe(const Literal& literal);
+
 }  // namespace kelvo
