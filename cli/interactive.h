@@ -6,8 +6,7 @@
 #include "cli/options.h"
 
 /// The prompt for the next line: "." while statement holds the beginning of one, else the engine's
-/// group in use and ">", or
-/// ">" alone. May be formatted into buffer.
+/// group in use and ">", or ">" alone. May be formatted into buffer.
 const char* choose_prompt(const char* statement, int no_path, char (&buffer)[text_size]);
 
 /// Appends a line to the statement that it begins or goes on with. True when the statement is

@@ -13,6 +13,14 @@ def kelvo(tmp_path):
     return Kelvo(tmp_path)
 
 
+@pytest.fixture
+def home(kelvo):
+    """The directory of the files that name others; what lies beside it is out of their reach."""
+    kelvo.path("home").mkdir()
+    kelvo.path("other").mkdir()
+    return kelvo.path("home")
+
+
 @pytest.fixture(scope="session")
 def kelvo_factory(tmp_path_factory):
     """Makes one for each example of a property, in a folder of its own; the folder of the one before is removed."""

@@ -1,7 +1,6 @@
 """SELECT with FORMAT and INTO: text and files that lose nothing, read back by Python."""
 
 import csv
-import io
 import json
 import os
 import resource

@@ -1,70 +1,19 @@
-// The display of results: every type's format and getters, element lists whose count lies, strings,
-// and the places where the interrupt flag is looked at.
-#include "executor/render.h"
-
+// The display of results: every type's getters, element lists whose count lies, strings, and types
+// that are not shown.
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <cstdio>
 #include <limits>
-#include <random>
-#include <sstream>
 #include <string>
-#include <vector>
 
-#include "executor/interrupt.h"
-#include "support/capture.h"
-#include "support/scripted_engine.h"
+#include "executor/render_fixture.h"
 
 namespace {
 
 using scripted::Calls;
 using scripted::Element;
-using scripted::engine;
 
-const std::string bold_interrupted = "\x1b[1m(Interrupted by the user)\x1b[0m\n";
 const std::string unexpected_type =
     "Error when showing result of the operation as the data type is unexpected.\n";
-
-void raise_flag() { interrupt_status = 1; }
-
-class RenderTest : public testing::Test {
- protected:
-  RenderTest() { interrupt_status = 0; }
-  ~RenderTest() override { interrupt_status = 0; }
-
-  scripted::Answer& result() { return result_; }
-
-  /// What the display of the scripted result writes; its outcome is kept.
-  std::string shown() {
-    kelvo_execute("query");
-    return capture_stdout([this] { outcome_ = render_result(); });
-  }
-
-  RenderOutcome outcome() const { return outcome_; }
-
-  /// The calls that the display made, shorn of the cursor, which must be null in each.
-  static Calls display_calls() {
-    Calls operations;
-    for (const std::string& call : engine().calls()) {
-      const std::size_t argument = call.find("(null)");
-      if (call != "kelvo_execute(query)") {
-        operations.push_back(argument == std::string::npos ? "not null: " + call
-                                                           : call.substr(0, argument));
-      }
-    }
-    return operations;
-  }
-
- private:
-  static scripted::Answer& fresh_answer() {
-    engine().reset();
-    return engine().answers("query");
-  }
-
-  scripted::Answer& result_ = fresh_answer();
-  RenderOutcome outcome_ = render_finished;
-};
 
 // --- The walk ---
 
@@ -243,135 +192,6 @@ TEST_F(RenderTest, OpaquePrintsItsBytesAsUnsignedNumbers) {
   EXPECT_EQ("0 127 128 255\n", shown());
 }
 
-// --- Formats against libc's own, over boundary and random values ---
-
-template <typename Number>
-std::string formatted(const char* format, Number value) {
-  char text[512];
-  std::snprintf(text, sizeof text, format, value);
-  return text;
-}
-
-constexpr int random_values = 2000;
-
-template <typename Integer>
-std::vector<Element> integers() {
-  using Limits = std::numeric_limits<Integer>;
-  std::vector<Element> values = {Limits::min(), Limits::max(), Integer{0}, Integer{1},
-                                 static_cast<Integer>(-1)};
-  for (Integer power = 1; power > 0 && power < Limits::max() / 2;
-       power = static_cast<Integer>(power * 2)) {
-    values.insert(values.end(), {power, static_cast<Integer>(power - 1)});
-  }
-  std::mt19937_64 random(20);
-  for (int i = 0; i < random_values; ++i) {
-    values.emplace_back(static_cast<Integer>(random()));
-  }
-  return values;
-}
-
-template <typename Real>
-std::vector<Element> reals() {
-  using Limits = std::numeric_limits<Real>;
-  std::vector<Element> values = {Real{0},
-                                 -Real{0},
-                                 Limits::min(),
-                                 Limits::max(),
-                                 Limits::lowest(),
-                                 Limits::denorm_min(),
-                                 Limits::epsilon(),
-                                 Limits::infinity(),
-                                 -Limits::infinity(),
-                                 Limits::quiet_NaN(),
-                                 -Limits::quiet_NaN(),
-                                 Real(0.5e-6),
-                                 Real(1.5e-6),
-                                 Real(2.5e-6),
-                                 Real(999999.9999995)};
-  std::mt19937_64 random(21);
-  std::uniform_real_distribution<double> exponent(Limits::min_exponent10, Limits::max_exponent10);
-  for (int i = 0; i < random_values; ++i) {
-    const double magnitude = std::pow(10, exponent(random));
-    values.emplace_back(static_cast<Real>(random() % 2 == 0 ? magnitude : -magnitude));
-  }
-  return values;
-}
-
-class FormatTest : public RenderTest {
- protected:
-  /// Each value as a scalar row and all of them as one list must read as libc formats them.
-  template <typename Number, typename Promoted>
-  void compare(std::int32_t scalar, std::int32_t list, const char* format,
-               const std::vector<Element>& values) {
-    std::vector<std::string> texts;
-    for (const Element& value : values) {
-      result().row(scalar, {value});
-      texts.push_back(formatted(format, static_cast<Promoted>(value.as<Number>())));
-    }
-    result().row(list, values);
-    std::istringstream display(shown());
-    std::string text;
-    for (const std::string& expected : texts) {
-      std::getline(display, text);
-      ASSERT_EQ(expected, text) << "in a row";
-    }
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-      std::getline(display, text, i + 1 < texts.size() ? ' ' : '\n');
-      ASSERT_EQ(texts[i], text) << "in a list";
-    }
-    EXPECT_EQ(std::char_traits<char>::eof(), display.get());
-  }
-};
-
-TEST_F(FormatTest, Tinyint) {
-  compare<std::int8_t, int>(KELVO_TINYINT, KELVO_VARTINYINT, "%d", integers<std::int8_t>());
-}
-
-TEST_F(FormatTest, UnsignedTinyint) {
-  compare<std::uint8_t, unsigned>(KELVO_UNSIGNED_TINYINT, KELVO_UNSIGNED_VARTINYINT, "%u",
-                                  integers<std::uint8_t>());
-}
-
-TEST_F(FormatTest, Opaque) {
-  compare<std::uint8_t, unsigned>(KELVO_UNSIGNED_TINYINT, KELVO_OPAQUE, "%u",
-                                  integers<std::uint8_t>());
-}
-
-TEST_F(FormatTest, Smallint) {
-  compare<std::int16_t, int>(KELVO_SMALLINT, KELVO_VARSMALLINT, "%d", integers<std::int16_t>());
-}
-
-TEST_F(FormatTest, UnsignedSmallint) {
-  compare<std::uint16_t, unsigned>(KELVO_UNSIGNED_SMALLINT, KELVO_UNSIGNED_VARSMALLINT, "%u",
-                                   integers<std::uint16_t>());
-}
-
-TEST_F(FormatTest, Int) {
-  compare<std::int32_t, int>(KELVO_INT, KELVO_VARINT, "%d", integers<std::int32_t>());
-}
-
-TEST_F(FormatTest, UnsignedInt) {
-  compare<std::uint32_t, unsigned>(KELVO_UNSIGNED_INT, KELVO_UNSIGNED_VARINT, "%u",
-                                   integers<std::uint32_t>());
-}
-
-TEST_F(FormatTest, Bigint) {
-  compare<std::int64_t, long long>(KELVO_BIGINT, KELVO_VARBIGINT, "%lld", integers<std::int64_t>());
-}
-
-TEST_F(FormatTest, UnsignedBigint) {
-  compare<std::uint64_t, unsigned long long>(KELVO_UNSIGNED_BIGINT, KELVO_UNSIGNED_VARBIGINT,
-                                             "%llu", integers<std::uint64_t>());
-}
-
-TEST_F(FormatTest, Float) {
-  compare<float, double>(KELVO_FLOAT, KELVO_VARFLOAT, "%f", reals<float>());
-}
-
-TEST_F(FormatTest, Double) {
-  compare<double, double>(KELVO_DOUBLE, KELVO_VARDOUBLE, "%f", reals<double>());
-}
-
 // --- Element lists ---
 
 TEST_F(RenderTest, ListOfOneElementPrintsItAlone) {
@@ -518,99 +338,5 @@ INSTANTIATE_TEST_SUITE_P(Codes, UnexpectedTypeTest,
                                          KELVO_INT | KELVO_VARCHAR, 67108864,
                                          std::numeric_limits<std::int32_t>::min(),
                                          std::numeric_limits<std::int32_t>::max()));
-
-// --- The interrupt flag ---
-
-TEST_F(RenderTest, FlagInsideALongListEndsTheLineAfterTheElementsBlank) {
-  result().row(KELVO_VARINT, {1, 2, 3, 4, 5}).row(KELVO_INT, {6});
-  result().on("kelvo_subcursor_get_int", 3, raise_flag);
-  EXPECT_EQ("1 2 3 \n" + bold_interrupted, shown());
-  EXPECT_EQ(render_interrupted, outcome());
-  EXPECT_EQ("kelvo_subcursor_get_int", display_calls().back());
-}
-
-TEST_F(RenderTest, FlagIsNotLookedAtAfterTheFinalElementButAfterItsLine) {
-  result().row(KELVO_VARINT, {1, 2}).row(KELVO_INT, {3});
-  result().on("kelvo_subcursor_get_int", 2, raise_flag);
-  EXPECT_EQ("1 2\n" + bold_interrupted, shown());
-  EXPECT_EQ("kelvo_subcursor_next", display_calls().back());
-}
-
-TEST_F(RenderTest, FlagIsNotLookedAtBetweenElementsThatRunTogether) {
-  result().row(KELVO_VARINT, {1, 2, 3, 4}).claiming(2);
-  result().on("kelvo_subcursor_get_int", 2, raise_flag);
-  EXPECT_EQ("1 234\n" + bold_interrupted, shown());
-}
-
-TEST_F(RenderTest, FlagInsideCharStopsAfterTheCharacter) {
-  result().characters(KELVO_CHAR, "abc").on("kelvo_subcursor_get_unsigned_tinyint", 2, raise_flag);
-  EXPECT_EQ("ab\n" + bold_interrupted, shown());
-  EXPECT_EQ("kelvo_subcursor_get_unsigned_tinyint", display_calls().back());
-}
-
-TEST_F(RenderTest, FlagAfterTheLastCharacterOfACharIsSeenAfterItsLine) {
-  result().characters(KELVO_CHAR, "a").on("kelvo_subcursor_next", 2, raise_flag);
-  EXPECT_EQ("a\n" + bold_interrupted, shown());
-}
-
-TEST_F(RenderTest, FlagDuringAVarcharStopsAfterIt) {
-  result().text(KELVO_VARCHAR, "one").text(KELVO_VARCHAR, "two");
-  result().on("kelvo_cursor_get_char", 1, raise_flag);
-  EXPECT_EQ("one\n" + bold_interrupted, shown());
-}
-
-TEST_F(RenderTest, FlagDuringAnEmptyListIsSeenAfterItsLine) {
-  result().row(KELVO_VARINT, {}).on("kelvo_subcursor_next", 1, raise_flag);
-  EXPECT_EQ("\n" + bold_interrupted, shown());
-}
-
-TEST_F(RenderTest, FlagUpFromTheStartStopsAfterTheFirstScalar) {
-  interrupt_status = 1;
-  result().row(KELVO_INT, {1}).row(KELVO_INT, {2});
-  EXPECT_EQ("1\n" + bold_interrupted, shown());
-}
-
-TEST_F(RenderTest, FlagUpFromTheStartStopsAfterTheFirstCharacter) {
-  interrupt_status = 1;
-  result().characters(KELVO_CHAR, "abc");
-  EXPECT_EQ("a\n" + bold_interrupted, shown());
-}
-
-TEST_F(RenderTest, FlagUpFromTheStartStopsAfterTheFirstInnerElement) {
-  interrupt_status = 1;
-  result().row(KELVO_VARINT, {1, 2});
-  EXPECT_EQ("1 \n" + bold_interrupted, shown());
-}
-
-TEST_F(RenderTest, FlagUpFromTheStartLetsAListOfOneElementPass) {
-  interrupt_status = 1;
-  result().row(KELVO_VARINT, {1});
-  EXPECT_EQ("1\n" + bold_interrupted, shown());
-}
-
-TEST_F(RenderTest, FlagUpFromTheStartDoesNotConcernAnEmptyResult) {
-  interrupt_status = 1;
-  EXPECT_EQ("", shown());
-  EXPECT_EQ(render_finished, outcome());
-}
-
-TEST_F(RenderTest, FlagRaisedAtTheEndOfTheRowsIsNotLookedAt) {
-  result().row(KELVO_INT, {1}).on("kelvo_cursor_next", 2, raise_flag);
-  EXPECT_EQ("1\n", shown());
-  EXPECT_EQ(render_finished, outcome());
-}
-
-TEST_F(RenderTest, OnlyAFlagOfOneInterrupts) {
-  interrupt_status = 2;
-  result().row(KELVO_INT, {1}).row(KELVO_VARINT, {2, 3}).characters(KELVO_CHAR, "ab");
-  EXPECT_EQ("1\n2 3\nab\n", shown());
-  EXPECT_EQ(render_finished, outcome());
-}
-
-TEST_F(RenderTest, FlagIsLeftUp) {
-  result().row(KELVO_INT, {1}).on("kelvo_cursor_get_int", 1, raise_flag);
-  shown();
-  EXPECT_EQ(1, interrupt_status);
-}
 
 }  // namespace
