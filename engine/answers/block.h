@@ -2,10 +2,13 @@
 // the next row costs an addition.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
 #include <vector>
+
+#include "answers/cursor.h"
 
 namespace kelvo {
 
@@ -14,12 +17,11 @@ enum class RowShape {
   line,    // `values` holds elements; every `line_length` of them are a row, which may go on in the
            // next block
   list,    // `values` holds elements; row i has those from offsets[i] to offsets[i + 1]
-  text,    // `values` holds NUL-terminated strings; row i begins at byte offsets[i], or is null
+  text,    // `values` holds NUL-terminated strings; row i begins at byte offsets[i], which is
+           // null_text for a null string
 };
 
 struct Block {
-  static constexpr std::size_t null_text = static_cast<std::size_t>(-1);
-
   std::int32_t code = 0;  // data-type code of every row
   RowShape shape = RowShape::scalar;
   std::size_t value_size = 1;   // bytes of a value or element
@@ -50,8 +52,31 @@ struct Block {
   void append_null_text();
   void append_list(const std::byte* items, std::size_t count);
 
+  /// Appends texts without copying them: `write(i, place)` puts the one of row i where `room` bytes
+  /// are free and returns the byte behind it, for a NUL to stand there.
+  template <typename Write>
+  void append_texts(std::size_t count, std::size_t room, Write write);
+
  private:
   void describe(std::int32_t row_code, RowShape row_shape, std::size_t size);
 };
+
+template <typename Write>
+void Block::append_texts(std::size_t count, std::size_t room, Write write) {
+  // So many at a time that the room which stays free, and is cleared in vain, matters little.
+  constexpr std::size_t group = 64;
+  for (std::size_t first = 0; first < count; first += group) {
+    const std::size_t begin = values.size();
+    values.resize(begin + group * (room + 1));
+    char* const texts = reinterpret_cast<char*>(values.data());
+    char* place = texts + begin;
+    for (std::size_t i = first; i < std::min(first + group, count); ++i) {
+      offsets.push_back(static_cast<std::size_t>(place - texts));
+      place = write(i, place);
+      *place++ = '\0';
+    }
+    values.resize(static_cast<std::size_t>(place - texts));
+  }
+}
 
 }  // namespace kelvo

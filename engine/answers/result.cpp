@@ -85,9 +85,14 @@ void Result::enter_block() {
   cursor_ = Cursor();
   cursor_.code = block_.code;
   cursor_.row_size = cursor_.element_size = block_.value_size;
-  if (block_.shape != RowShape::scalar) return;
-  cursor_.next_row = block_.values.data();
-  cursor_.rows_end = cursor_.next_row + block_.value_count() * block_.value_size;
+  if (block_.shape == RowShape::scalar) {
+    cursor_.next_row = block_.values.data();
+    cursor_.rows_end = cursor_.next_row + block_.value_count() * block_.value_size;
+  } else if (block_.shape == RowShape::text) {
+    cursor_.texts = block_.values.data();
+    cursor_.next_text = block_.offsets.data();
+    cursor_.texts_end = cursor_.next_text + block_.offsets.size();
+  }
 }
 
 bool Result::next_row() {
@@ -108,13 +113,12 @@ void Result::skip_line() {
 bool Result::enter_row() {
   switch (block_.shape) {
     case RowShape::scalar:
+    case RowShape::text:
       return cursor_.step_to_row();
     case RowShape::line:
       return enter_line();
     case RowShape::list:
       return enter_list();
-    case RowShape::text:
-      return enter_text();
   }
   return false;
 }
@@ -155,13 +159,6 @@ bool Result::enter_list() {
   cursor_.elements_end = begin + block_.offsets[row_ + 1] * block_.value_size;
   cursor_.element_count = block_.offsets[row_ + 1] - block_.offsets[row_];
   ++row_;
-  return true;
-}
-
-bool Result::enter_text() {
-  if (row_ == block_.offsets.size()) return false;
-  const std::size_t offset = block_.offsets[row_++];
-  cursor_.value = offset == Block::null_text ? nullptr : block_.values.data() + offset;
   return true;
 }
 

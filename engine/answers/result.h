@@ -57,7 +57,6 @@ class Result {
   bool enter_row();
   bool enter_line();
   bool enter_list();
-  bool enter_text();
   bool enter_next_part();
   void enter_part();
 
@@ -65,7 +64,7 @@ class Result {
   std::unique_ptr<RowSource> source_;
   std::deque<Block> ahead_;
   Block block_;                   // the one being walked
-  std::size_t row_ = 0;           // in block_, of the next row; line: of the next line's element
+  std::size_t row_ = 0;           // in block_, of the next list; line: of the next line's element
   std::size_t left_ = 0;          // line: elements of the current row that are in later blocks
   std::uint64_t elements_ = 0;    // of the blocks so far
   std::uint64_t seen_ahead_ = 0;  // of those looked through before the walk

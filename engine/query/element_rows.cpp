@@ -43,15 +43,14 @@ void append_numbers(const Type& type, const std::byte* element, Block& block) {
   times_to_machine_order(type.base[0], block.values.data() + begin, items.count);
 }
 
-void start_block(const Type& type, Block& block) {
+// Of all that is no number.
+RowShape shape_of(const Type& type) {
   const bool bytes = type.kind == Kind::text || type.kind == Kind::opaque;
-  if (bytes) {
-    block.restart(row_code(type), RowShape::list, 1);
-  } else if (is_list(type)) {
-    block.restart(row_code(type), RowShape::list, type.base[0].size);
-  } else {
-    block.restart(row_code(type), RowShape::text, 1);
-  }
+  return bytes || is_list(type) ? RowShape::list : RowShape::text;
+}
+
+void start_block(const Type& type, Block& block) {
+  block.restart(row_code(type), shape_of(type), is_list(type) ? type.base[0].size : 1);
 }
 
 }  // namespace
@@ -75,6 +74,8 @@ bool ElementRows::next(Block& block) {
   const Type& type = selected_.source->type();
   if (type.is_numeric()) {
     fill_numbers(elements, block);
+  } else if (shape_of(type) == RowShape::text && form_.room()) {
+    fill_texts(elements, block);
   } else {
     start_block(type, block);
     for (std::size_t i = 0; i < elements.count; ++i) fill_row(block, elements.data + i * type.size);
@@ -96,6 +97,14 @@ void ElementRows::fill_numbers(const Elements& elements, Block& block) const {
   }
   if (lines) block.line_length = line_length_;
   times_to_machine_order(type, block.values.data(), elements.count);
+}
+
+void ElementRows::fill_texts(const Elements& elements, Block& block) const {
+  const std::size_t size = selected_.source->type().size;
+  start_block(selected_.source->type(), block);
+  block.append_texts(elements.count, *form_.room(), [&](std::size_t i, char* place) {
+    return form_.write(elements.data + i * size, place);
+  });
 }
 
 void ElementRows::fill_row(Block& block, const std::byte* element) {

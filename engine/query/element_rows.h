@@ -21,6 +21,7 @@ class ElementRows : public RowSource {
 
  private:
   void fill_numbers(const Elements& elements, Block& block) const;
+  void fill_texts(const Elements& elements, Block& block) const;
   void fill_row(Block& block, const std::byte* element);
 
   Selected selected_;

@@ -60,7 +60,7 @@ class TextFormBuilder {
   void add_step(const TextForm::Step& step) {
     const std::size_t size = in_pieces(constant_.size());
     form_.rooms_.back() += size + (step.write != nullptr ? number_room : 0);
-    if (step.write == nullptr) form_.rooms_.push_back(0);
+    if (step.write == nullptr && step.type != nullptr) form_.rooms_.push_back(0);
     constant_.resize(size);
     form_.constants_ += constant_;
     form_.steps_.push_back(step);
@@ -82,6 +82,21 @@ TextForm::TextForm(const Type& type, bool columns) : rooms_(1) {
     builder.add_plain(type, 0);
   }
   builder.finish();
+}
+
+std::optional<std::size_t> TextForm::room() const {
+  if (rooms_.size() > 1) return std::nullopt;
+  return rooms_.front();
+}
+
+char* TextForm::write(const std::byte* element, char* text) const {
+  const char* constant = constants_.data();
+  for (const Step& step : steps_) {
+    text = copy_constant(constant, step.constant_size, text);
+    constant += in_pieces(step.constant_size);
+    if (step.write != nullptr) text = step.write(element + step.offset, text);
+  }
+  return text;
 }
 
 void TextForm::append(const std::byte* element, const ReferenceNamer& namer,

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,13 @@ class TextForm {
   /// As append_plain writes elements of the type, which must outlive the form; or with `columns`,
   /// for a compound: each member as append_plain writes it, and a tab between them.
   TextForm(const Type& type, bool columns);
+
+  /// Bytes that must be free where `write` puts a text; nothing where texts have no limit.
+  [[nodiscard]] std::optional<std::size_t> room() const;
+
+  /// Writes the text of an element, where it has a limit, without a NUL, and returns the byte
+  /// behind it. What is written behind that byte, within the room, is left undefined.
+  char* write(const std::byte* element, char* text) const;
 
   void append(const std::byte* element, const ReferenceNamer& namer, std::string* text) const;
 

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstring>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -58,10 +59,18 @@ struct Element {
   }
 };
 
+// In one of the ways that there are. Where a text has a limit both give the same.
 std::string written(const Type& type, const Element& element, bool columns = false) {
   EXPECT_EQ(type.size, element.bytes.size());
+  const TextForm form(type, columns);
   std::string text = "before ";
-  TextForm(type, columns).append(element.bytes.data(), {}, &text);
+  form.append(element.bytes.data(), {}, &text);
+  if (const std::optional<std::size_t> room = form.room()) {
+    std::string other(*room, '#');
+    other.resize(
+        static_cast<std::size_t>(form.write(element.bytes.data(), other.data()) - other.data()));
+    EXPECT_EQ(text, "before " + other);
+  }
   return text;
 }
 
@@ -134,6 +143,12 @@ TEST(TextForm, ColumnsStandAlone) {
   Element element(std::int32_t{-7});
   for (const char byte : {'i', 't', '\0', 'o', 'k'}) element.add(byte);
   EXPECT_EQ("before -7\tit\t{t: 'ok'}", written(type, element, /*columns=*/true));
+}
+
+TEST(TextForm, OnlyNumbersAndWhatStandsBetweenThemHaveALimit) {
+  EXPECT_TRUE(TextForm(compound_of({{"a", tiny}, {"m", array_of(real, {2, 2})}}), false).room());
+  EXPECT_FALSE(TextForm(compound_of({{"a", tiny}, {"t", pointer}}), false).room());
+  EXPECT_FALSE(TextForm(compound_of({{"l", array_of(tiny, {65})}}), false).room());
 }
 
 TEST(TextForm, ValueThatIsNoCompound) {
