@@ -94,7 +94,6 @@ std::optional<ChunkLayout> decodable_layout(const ElementPlace& place) {
   layout.coding.element_size = H5Tget_size(place.file_type.get());
   if (!describe_coding(creation.get(), layout.extents, &layout.coding)) return std::nullopt;
   layout.fill = fill_element(creation.get(), place.file_type.get());
-  layout.converts = H5Tequal(place.file_type.get(), place.memory_type.get()) <= 0;
   return layout;
 }
 

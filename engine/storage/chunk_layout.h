@@ -16,7 +16,6 @@ struct ChunkLayout {
   /// An element as chunks hold it that were never written; none where reading leaves memory as it
   /// is.
   std::vector<std::byte> fill;
-  bool converts = false;  // elements lie otherwise in the file than in memory
 };
 
 /// Whether the HDF5 library may be asked for a chunk by its place. With as many dimensions as there

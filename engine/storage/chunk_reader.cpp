@@ -48,6 +48,7 @@ ChunkReader::ChunkReader(const ElementPlace& place, const Selection& selection, 
       planned_part_(layout_.extents),
       most_held_(most_held(most)),
       part_(layout_.extents),
+      conversion_(place.file_type.get(), place.memory_type.get()),
       threads_(layout_.coding, helpers()) {}
 
 // How many chunks the selection goes through in a dimension.
@@ -88,8 +89,8 @@ bool ChunkReader::read(const BlockWalk& block, std::byte* bytes) {
   std::byte* to = bytes;
   const auto elements = static_cast<std::size_t>(block.elements());
   const std::size_t size = layout_.coding.element_size;
-  if (layout_.converts) {
-    file_elements_.reserve(elements * std::max(size, place_.type.size));
+  if (conversion_.is_needed()) {
+    file_elements_.reserve(elements * conversion_.room());
     to = file_elements_.data();
   }
   enter(block, &part_);
@@ -102,7 +103,7 @@ bool ChunkReader::read(const BlockWalk& block, std::byte* bytes) {
     part_.copy(chunk->chunk.data(), size, to);
     if (--chunk->uses == 0) release(chunk);
   }
-  return !layout_.converts || convert(elements, bytes);
+  return !conversion_.is_needed() || convert(elements, bytes);
 }
 
 void ChunkReader::enter(const BlockWalk& block, ChunkWalk* walk) {
@@ -189,15 +190,10 @@ void ChunkReader::load(HeldChunk* chunk) {
   threads_.begin(chunk);
 }
 
-// From file_elements_, where the library converts them in place.
+// From file_elements_, where they are converted in place.
 bool ChunkReader::convert(std::size_t count, std::byte* bytes) {
-  const std::size_t size = place_.type.size;
-  const bool is_nested = place_.type.kind == Kind::compound || place_.type.kind == Kind::array;
-  background_.resize(is_nested ? count * size : 0);
-  if (H5Tconvert(place_.file_type.get(), place_.memory_type.get(), count, file_elements_.data(),
-                 background_.empty() ? nullptr : background_.data(), H5P_DEFAULT) < 0)
-    return false;
-  std::memcpy(bytes, file_elements_.data(), count * size);
+  if (!conversion_.run(file_elements_.data(), count)) return false;
+  std::memcpy(bytes, file_elements_.data(), count * conversion_.size_after());
   return true;
 }
 

@@ -11,6 +11,7 @@
 
 #include "storage/chunk_layout.h"
 #include "storage/decoding_threads.h"
+#include "storage/element_conversion.h"
 #include "values/chunk_walk.h"
 
 namespace kelvo {
@@ -69,7 +70,7 @@ class ChunkReader {
   std::unordered_map<Extent, HeldChunk*> held_;  // by the chunk's number
   std::deque<HeldChunk*> uses_;                  // by the parts that come next, in their order
   Scratch file_elements_;                        // of a block, until they are converted
-  std::vector<std::byte> background_;
+  ElementConversion conversion_;
   DecodingThreads threads_;  // last: it ends before what it works on does
 };
 

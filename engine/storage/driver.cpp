@@ -433,4 +433,6 @@ std::optional<StatementError> undo_changes() {
 
 bool uses_driver(hid_t access) { return H5Pget_driver(access) == driver_id(); }
 
+bool uses_family_driver(hid_t access) { return H5Pget_driver(access) == H5FD_FAMILY; }
+
 }  // namespace kelvo

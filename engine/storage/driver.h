@@ -20,6 +20,9 @@ void set_family_driver(hid_t access);
 /// Whether `access` opens files through it.
 bool uses_driver(hid_t access);
 
+/// Whether `access` opens families of files, whose members are opened through it.
+bool uses_family_driver(hid_t access);
+
 /// Gives up every file that is open through this driver, after the HDF5 library was left in the
 /// middle of a call: the host's files are closed, what the library still writes goes nowhere, and
 /// who opens one of them again gets it afresh. Returns the path of the one that was read last, ""

@@ -21,9 +21,13 @@ class ElementBatch {
   [[nodiscard]] std::size_t count() const noexcept { return static_cast<std::size_t>(count_); }
 
  private:
+  void read(const ElementPlace& place, const Selection& box, std::vector<std::byte>* bytes) const;
+
   const ElementPlace& place_;
   hsize_t count_;
   std::vector<std::byte> bytes_;
+  Arena values_;         // of varying parts
+  bool is_ours_ = true;  // else the HDF5 library made them, and they are to be given back
 };
 
 }  // namespace kelvo

@@ -13,6 +13,7 @@
 #include "storage/object.h"
 #include "storage/sources.h"
 #include "storage/traffic.h"
+#include "storage/varying_values.h"
 
 namespace kelvo {
 namespace {
@@ -128,6 +129,19 @@ ElementPlace described(ElementPlace place, hid_t space, hid_t file_type) {
   return place;
 }
 
+// The selected ones of all elements.
+void choose(const ElementPlace& place, const Selection& selection,
+            const std::vector<std::byte>& all, std::vector<std::byte>* bytes) {
+  const auto what = [&place] { return cannot_read(place); };
+  const DataspaceHandle space = make_space(place.space);
+  check_done(H5Sselect_hyperslab(space.get(), H5S_SELECT_SET, selection.start.data(),
+                                 selection.stride.data(), selection.count.data(), nullptr),
+             what);
+  check_done(H5Dgather(space.get(), all.data(), place.memory_type.get(), bytes->size(),
+                       bytes->data(), nullptr, nullptr),
+             what);
+}
+
 }  // namespace
 
 void read_elements(const ElementPlace& place, hid_t memory_space, hid_t file_space,
@@ -171,6 +185,8 @@ void ElementBlock::release() noexcept {
   }
   varying_type_ = H5I_INVALID_HID;
   count_ = whole_count_ = 0;
+  whole_.clear();
+  values_.restart();
 }
 
 ElementReader::ElementReader(const ElementPlace& place, Selection selection)
@@ -180,30 +196,72 @@ ElementReader::ElementReader(const ElementPlace& place, Selection selection)
 
 ElementReader::~ElementReader() = default;
 
+void ElementReader::begin() {
+  if (is_begun_) return;
+  is_begun_ = true;
+  varying_ = VaryingValues::of(place_);
+  chunks_ = ChunkReader::begin(stored_place(), selection_,
+                               elements_at_once(place_, selection_, block_bytes));
+}
+
+// What is read: where varying parts are taken care of here, their references.
+const ElementPlace& ElementReader::stored_place() const {
+  return varying_ ? varying_->stored() : place_;
+}
+
 bool ElementReader::next(ElementBlock& block) {
   block.release();
+  begin();
+  if (varying_) return next_varying(block);
   if (!walk_.next()) return false;
-  place_.dataset ? read_dataset(block) : read_attribute(block);
+  read(&block.bytes_, &block.whole_);
+  block.count_ = static_cast<std::size_t>(walk_.elements());
+  if (!place_.type.has_varying_parts()) return true;
+  block.varying_type_ = place_.memory_type.get();
+  block.whole_count_ = block.whole_.size() / place_.type.size;
   return true;
 }
 
-void ElementReader::read_dataset(ElementBlock& block) {
+bool ElementReader::next_varying(ElementBlock& block) {
+  if (resolved_ == stored_count_) {
+    if (!walk_.next()) return false;
+    std::vector<std::byte> whole;
+    read(&stored_, &whole);
+    stored_count_ = static_cast<std::size_t>(walk_.elements());
+    resolved_ = 0;
+  }
+  const std::byte* stored = stored_.data() + resolved_ * stored_place().type.size;
+  const std::size_t count = varying_->count_together(stored, stored_count_ - resolved_);
+  block.bytes_.resize(byte_count(count, place_.type.size));
+  varying_->resolve(stored, count, block.bytes_.data(), &block.values_);
+  block.count_ = count;
+  resolved_ += count;
+  return true;
+}
+
+// The block that the walk stands at. Of an attribute it is chosen from all elements, which `whole`
+// holds then.
+void ElementReader::read(std::vector<std::byte>* bytes, std::vector<std::byte>* whole) {
+  const ElementPlace& place = stored_place();
   const Extent elements = walk_.elements();
-  block.bytes_.resize(byte_count(elements, place_.type.size));
-  if (!read_chunks(block.bytes_.data())) read_hyperslab(block.bytes_.data());
-  traffic_read().add(elements, place_.type.size);
-  block.count_ = static_cast<std::size_t>(elements);
-  if (place_.type.has_varying_parts()) block.varying_type_ = place_.memory_type.get();
+  bytes->resize(byte_count(elements, place.type.size));
+  if (place.dataset) {
+    if (!read_chunks(bytes->data())) read_hyperslab(bytes->data());
+    traffic_read().add(elements, place_.type.size);
+    return;
+  }
+  const Extent all = place.space.elements();
+  traffic_read().add(all, place_.type.size);
+  if (selects_all(selection_, place.space))
+    return read_elements(place, H5S_ALL, H5S_ALL, bytes->data());
+  whole->resize(byte_count(all, place.type.size));
+  read_elements(place, H5S_ALL, H5S_ALL, whole->data());
+  choose(place, selection_, *whole, bytes);
 }
 
 // False where the HDF5 library has to read the block. Where chunks are damaged, it knows the
 // reason.
 bool ElementReader::read_chunks(std::byte* bytes) {
-  if (!is_begun_) {
-    is_begun_ = true;
-    chunks_ =
-        ChunkReader::begin(place_, selection_, elements_at_once(place_, selection_, block_bytes));
-  }
   if (chunks_ == nullptr) return false;
   if (chunks_->read(walk_, bytes)) return true;
   chunks_.reset();
@@ -211,35 +269,10 @@ bool ElementReader::read_chunks(std::byte* bytes) {
 }
 
 void ElementReader::read_hyperslab(std::byte* bytes) {
-  const HyperslabSpaces spaces = hyperslab_spaces(place_, walk_.start(), selection_.stride,
-                                                  walk_.count(), cannot_read(place_));
-  read_elements(place_, spaces.memory.get(), spaces.file.get(), bytes);
-}
-
-// The selection is gathered from the whole attribute.
-void ElementReader::read_attribute(ElementBlock& block) {
-  const Extent all = place_.space.elements();
-  block.bytes_.resize(byte_count(all, place_.type.size));
-  read_elements(place_, H5S_ALL, H5S_ALL, block.bytes_.data());
-  traffic_read().add(all, place_.type.size);
-  block.count_ = static_cast<std::size_t>(all);
-  if (place_.type.has_varying_parts()) block.varying_type_ = place_.memory_type.get();
-  if (!selects_all(selection_, place_.space)) choose(block);
-}
-
-void ElementReader::choose(ElementBlock& block) {
-  const auto what = [this] { return cannot_read(place_); };
-  block.whole_.swap(block.bytes_);
-  block.whole_count_ = block.count_;
-  block.count_ = static_cast<std::size_t>(selection_.elements());
-  block.bytes_.resize(block.count_ * place_.type.size);
-  const DataspaceHandle space = make_space(place_.space);
-  check_done(H5Sselect_hyperslab(space.get(), H5S_SELECT_SET, selection_.start.data(),
-                                 selection_.stride.data(), selection_.count.data(), nullptr),
-             what);
-  check_done(H5Dgather(space.get(), block.whole_.data(), place_.memory_type.get(),
-                       block.bytes_.size(), block.bytes_.data(), nullptr, nullptr),
-             what);
+  const ElementPlace& place = stored_place();
+  const HyperslabSpaces spaces =
+      hyperslab_spaces(place, walk_.start(), selection_.stride, walk_.count(), cannot_read(place));
+  read_elements(place, spaces.memory.get(), spaces.file.get(), bytes);
 }
 
 namespace {

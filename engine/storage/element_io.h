@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "storage/handle.h"
+#include "values/arena.h"
 #include "values/block_walk.h"
 #include "values/selection.h"
 #include "values/space.h"
@@ -40,8 +41,7 @@ void read_only_members(ElementPlace& place, Type type);
 void read_elements(const ElementPlace& place, hid_t memory_space, hid_t file_space,
                    std::byte* bytes);
 
-/// Elements in memory as their Type lays them out. Owns what varying parts point to, where the HDF5
-/// library made them.
+/// Elements in memory as their Type lays them out. Owns what varying parts point to.
 class ElementBlock {
  public:
   ElementBlock() = default;
@@ -61,15 +61,16 @@ class ElementBlock {
 
   std::vector<std::byte> bytes_;
   std::size_t count_ = 0;
-  // What the HDF5 library filled, where only a part of it was asked for; varying parts are given
-  // back from here then.
+  Arena values_;  // of varying parts
+  // Where the HDF5 library made varying parts, which are to be given back: the reader's memory
+  // type; and what the library filled, where only a part of it was asked for.
+  hid_t varying_type_ = H5I_INVALID_HID;
   std::vector<std::byte> whole_;
   std::size_t whole_count_ = 0;
-  hid_t varying_type_ =
-      H5I_INVALID_HID;  // the reader's memory type, while varying parts are to be given back
 };
 
 class ChunkReader;
+class VaryingValues;
 
 /// Walks a selection in C order. `place` must outlive it, and it the blocks it fills where the type
 /// has varying parts.
@@ -84,17 +85,25 @@ class ElementReader {
   bool next(ElementBlock& block);
 
  private:
-  void read_dataset(ElementBlock& block);
+  void begin();
+  [[nodiscard]] const ElementPlace& stored_place() const;
+  void read(std::vector<std::byte>* bytes, std::vector<std::byte>* whole);
   bool read_chunks(std::byte* bytes);
   void read_hyperslab(std::byte* bytes);
-  void read_attribute(ElementBlock& block);
-  void choose(ElementBlock& block);
+  bool next_varying(ElementBlock& block);
 
   const ElementPlace& place_;
   Selection selection_;
   BlockWalk walk_;  // behind the selection that it refers to
   bool is_begun_ = false;
-  std::unique_ptr<ChunkReader> chunks_;  // none where the HDF5 library reads the rest
+  std::unique_ptr<VaryingValues> varying_;  // none where the type has no such parts, or the HDF5
+                                            // library takes care of them
+  std::unique_ptr<ChunkReader> chunks_;     // none where the HDF5 library reads the rest
+
+  // With varying_: elements as they are stored, and how many of them have been handed out.
+  std::vector<std::byte> stored_;
+  std::size_t stored_count_ = 0;
+  std::size_t resolved_ = 0;
 };
 
 /// Writes all elements of the selection; `bytes` holds them as place.type lays them out.

@@ -137,31 +137,32 @@ def test_filtered_chunk(kelvo):
 
 
 def test_strings_whose_heap_is_damaged(kelvo):
-    """The HDF5 library would look for the next string for ever."""
+    """The HDF5 library, which reads virtual datasets, would look for the next string for ever."""
     with h5py.File(kelvo.path("x.h5"), "w") as file:
         file["x"] = ["one", "two"]
+        layout = h5py.VirtualLayout((2,), h5py.string_dtype())
+        layout[:] = h5py.VirtualSource(".", "x", (2,))
+        file.create_virtual_dataset("virtual", layout)
     content = bytearray(kelvo.path("x.h5").read_bytes())
-    heap = content.find(b"GCOL")
-    content[heap + 24:heap + 32] = b"\xff" * 8  # the size of the first string
+    heap = content.rfind(b"GCOL", 0, content.find(b"one\0"))
+    content[heap + 24:heap + 32] = b"\xff" * 8  # the size of its first object
     kelvo.path("x.h5").write_bytes(content)
-    assert kelvo.error("USE FILE x.h5", "SELECT * FROM x") == (
+    assert kelvo.error("USE FILE x.h5", "SELECT * FROM virtual") == (
         DAMAGED, f"The file is damaged: its heap at byte {heap} cannot be read")
 
 
-@pytest.mark.parametrize("name", ["x", "x@a"])
-def test_string_that_is_not_in_its_heap(kelvo, name):
+def test_string_that_is_not_in_its_heap(kelvo):
     """The HDF5 library looks behind the end of its own table, and the program goes on."""
     with h5py.File(kelvo.path("x.h5"), "w") as file:
-        file["x"] = ["one", "two"]
-        file["x"].attrs["a"] = ["three", "four"]
+        file["g/x"] = ["one", "two"]
     content = bytearray(kelvo.path("x.h5").read_bytes())
-    heap = content.find(b"GCOL").to_bytes(8, "little")
-    for length in (3, 5):  # of the first strings; the heap's address and an index follow
-        at = content.find(length.to_bytes(4, "little") + heap)
-        content[at + 12:at + 16] = b"\xff\xff\xff\x0f"
+    at = content.find((3).to_bytes(4, "little") + content.find(b"GCOL").to_bytes(8, "little"))
+    content[at + 12:at + 16] = b"\xff\xff\xff\x0f"  # behind the length and the heap's address: the index
     kelvo.path("x.h5").write_bytes(content)
-    assert kelvo.error("USE FILE x.h5", f"SELECT * FROM {name}") == (DAMAGED, beyond_itself(kelvo.path("x.h5")))
-    status, stderr, output = read_all(kelvo, [f"USE FILE x.h5\nSELECT * FROM {name}", "CLOSE ALL FILE", "SHOW HDF5 VERSION"])
+    kelvo.rows("CREATE FILE y.h5")
+    copy = "COPY GROUP g TO g IN y.h5"
+    assert kelvo.error("USE FILE x.h5", copy) == (DAMAGED, beyond_itself(kelvo.path("x.h5")))
+    status, stderr, output = read_all(kelvo, [f"USE FILE x.h5\n{copy}", "CLOSE ALL FILE", "SHOW HDF5 VERSION"])
     assert (status, stderr) == (0, b"")
     assert output.splitlines()[-2] == ".".join(map(str, h5py.h5.get_libversion())).encode()
 
