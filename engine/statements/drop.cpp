@@ -93,7 +93,7 @@ Answer drop_file(Parser& parser, Session& session) {
   parser.expect_end();
   const std::vector<std::string> paths = host_paths(dropped, path, HostKind::file);
   for (const std::string& one : paths) refuse_file_in_use(session, one);
-  for (const std::string& one : paths) remove_host_file(one);
+  remove_host_files(paths);
   return nullptr;
 }
 

@@ -187,8 +187,53 @@ void expect_room(const std::string& path, std::uintmax_t bytes) {
                                                  " bytes more: " + std::strerror(full));
 }
 
-void remove_host_file(const std::string& path) {
-  if (::unlink(path.c_str()) != 0) refuse(HostKind::file, path, "dropped", errno);
+namespace {
+
+// What stands at `place` is named in messages as `path`.
+void remove_as(const std::string& path, const std::string& place) {
+  if (::unlink(place.c_str()) != 0) refuse(HostKind::file, path, "dropped", errno);
+}
+
+// Files out of the way, which come back to their names unless they are removed.
+class FilesAside {
+ public:
+  FilesAside() = default;
+  FilesAside(const FilesAside&) = delete;
+  FilesAside& operator=(const FilesAside&) = delete;
+  ~FilesAside() {
+    for (const Moved& file : files_) move_without_replacing(file.aside, file.path);
+  }
+
+  void take(const std::string& path) {
+    const std::string name =
+        ".kelvo-old-" + std::to_string(::getpid()) + "-" + std::to_string(files_.size());
+    std::string aside = (fs::path(path).parent_path() / name).string();
+    const int error = move_without_replacing(path, aside);
+    if (error != 0) refuse(HostKind::file, path, "dropped", error);
+    files_.push_back({path, std::move(aside)});
+  }
+
+  void remove() {
+    for (; !files_.empty(); files_.pop_back()) remove_as(files_.back().path, files_.back().aside);
+  }
+
+ private:
+  struct Moved {
+    std::string path;
+    std::string aside;
+  };
+
+  std::vector<Moved> files_;
+};
+
+}  // namespace
+
+// A file that can be moved within its directory can be removed from it, and be moved back.
+void remove_host_files(const std::vector<std::string>& paths) {
+  if (paths.size() == 1) return remove_as(paths[0], paths[0]);
+  FilesAside aside;
+  for (const std::string& path : paths) aside.take(path);
+  aside.remove();
 }
 
 void check_removable(const std::string& path, bool recursive) {

@@ -42,7 +42,8 @@ void copy_bytes(const std::string& from, const std::string& to, std::uintmax_t b
 /// Throws unless the file, which is there, can grow by so many bytes.
 void expect_room(const std::string& path, std::uintmax_t bytes);
 
-void remove_host_file(const std::string& path);
+/// All of them, or none where one cannot be removed.
+void remove_host_files(const std::vector<std::string>& paths);
 
 /// Throws where the directory cannot be removed: it is not empty and `recursive` is false, or
 /// something in it may not be removed.

@@ -126,6 +126,24 @@ def test_files(kelvo):
     assert left(kelvo) == ["ad", "c.h5"] and os.listdir(kelvo.path("ad")) == []
 
 
+def test_files_are_dropped_all_or_none(kelvo):
+    names = ["a1.h5", "a2.h5", "a3.h5"]
+    for name in names:
+        kelvo.path(name).write_text(name)
+
+    def error(name, reason):
+        return -8, f'File "{kelvo.path(name)}" cannot be dropped: {reason}'
+
+    kelvo.faults = {"rename": 2}
+    assert kelvo.error("DROP FILE LIKE 'a%'") == error("a2.h5", "Operation not permitted")
+    kelvo.faults = {"unlink": 1}
+    assert kelvo.error("DROP FILE LIKE 'a%'") == error("a3.h5", "Input/output error")
+    assert left(kelvo) == names and [kelvo.path(name).read_text() for name in names] == names
+    kelvo.faults = {}
+    kelvo.rows("DROP FILE LIKE 'a%'")
+    assert left(kelvo) == []
+
+
 def test_link_to_a_file_is_dropped_itself(kelvo):
     kelvo.rows("CREATE FILE a.h5")
     os.symlink("a.h5", kelvo.path("link.h5"))

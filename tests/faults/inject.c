@@ -8,6 +8,8 @@
  *   FAULT_MALLOC=SIZE         malloc of exactly this many bytes fails
  *   FAULT_SIGACTION=1         sigaction fails and changes nothing
  *   FAULT_PWRITE=NUMBER       the pwrite of this number, counted from 1, fails for want of room
+ *   FAULT_RENAME=NUMBER       the renameat2 of this number fails as one that is not permitted
+ *   FAULT_UNLINK=NUMBER       the unlink of this number fails with an error of the device
  *   FAULT_CLOCK_STEP=NUMBER   ftime answers a clock that moves by so many milliseconds each call
  *   FAULT_STREAMS=PATH        each fopen, with its mode, and fclose is appended to this file
  */
@@ -149,6 +151,24 @@ ssize_t pwrite64(int file, const void* bytes, size_t count, off64_t offset) {
   FIND_REAL(pwrite64)
   if (!is_to_fail("FAULT_PWRITE", &pwrites)) return real(file, bytes, count, offset);
   errno = ENOSPC;
+  return -1;
+}
+
+int renameat2(int from_directory, const char* from, int to_directory, const char* to,
+              unsigned flags) {
+  static int renames = 0;
+  FIND_REAL(renameat2)
+  if (!is_to_fail("FAULT_RENAME", &renames))
+    return real(from_directory, from, to_directory, to, flags);
+  errno = EPERM;
+  return -1;
+}
+
+int unlink(const char* path) {
+  static int unlinks = 0;
+  FIND_REAL(unlink)
+  if (!is_to_fail("FAULT_UNLINK", &unlinks)) return real(path);
+  errno = EIO;
   return -1;
 }
 
