@@ -177,6 +177,15 @@ std::string Parser::expect_path(std::string_view what) {
   return path;
 }
 
+std::string Parser::expect_file() {
+  const std::size_t start = offset_;
+  const bool is_doubled = accept_words("FILE", Mode::words) && at_path();
+  offset_ = start;
+  lookahead_.reset();
+  if (is_doubled) fail_expected("a file (its path, without the word FILE)");
+  return expect_path("a file");
+}
+
 // Quotes may stand around single names of a path: "run 1"/t, ../"run 2"/t.
 bool Parser::goes_on(const std::string& path) {
   const Token& next = peek();
@@ -196,7 +205,7 @@ void Parser::attribute_rest(ObjectName* object) {
 }
 
 ObjectName Parser::file_rest(ObjectName object) {
-  if (accept_keyword("IN")) object.file = expect_path("a file");
+  if (accept_keyword("IN")) object.file = expect_file();
   return object;
 }
 

@@ -71,6 +71,8 @@ class Parser {
   /// with its article: "a file".
   std::string expect_path(std::string_view what);
   bool at_path();
+  /// The path of a file. That no FILE stands before it is said where one does.
+  std::string expect_file();
 
   /// An object or an attribute of the file in use.
   ObjectName expect_place(std::string_view what);

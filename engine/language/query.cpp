@@ -102,8 +102,7 @@ void expect_from(Parser& parser) {
 void parse_object(Parser& parser, Query* query) {
   query->object = parser.expect_object("a dataset or attribute");
   query->slice = parse_optional_slice(parser);
-  if (!query->object.file && parser.accept_keyword("IN"))
-    query->object.file = parser.expect_path("a file");
+  if (!query->object.file && parser.accept_keyword("IN")) query->object.file = parser.expect_file();
 }
 
 void parse_order(Parser& parser, Query* query) {

@@ -131,9 +131,18 @@ bool contradict(const Option& one, const Option& other) {
          ((both & late_allocation) != 0 && (both & refuses_late) != 0);
 }
 
-const Option* next_option(Parser& parser) {
+bool may_follow(const Option& option, const std::vector<const Option*>& given) {
+  return std::none_of(given.begin(), given.end(), [&option](const Option* before) {
+    return before == &option ? !option.repeatable : contradict(option, *before);
+  });
+}
+
+// One that may not follow is taken too, for an error of its own, but is none that could stand here.
+const Option* next_option(Parser& parser, const std::vector<const Option*>& given) {
   for (const Option& option : options_table) {
-    if (parser.accept_clause(option.keywords)) return &option;
+    const bool is_looked_for =
+        may_follow(option, given) || parser.matching_words(option.keywords) > 0;
+    if (is_looked_for && parser.accept_clause(option.keywords)) return &option;
   }
   return nullptr;
 }
@@ -185,7 +194,7 @@ StorageOptions parse_storage_options(Parser& parser) {
   std::vector<const Option*> given;
   for (;;) {
     const std::size_t position = parser.peek().position;
-    const Option* option = next_option(parser);
+    const Option* option = next_option(parser, given);
     if (option == nullptr) break;
     check_against(*option, given, position);
     given.push_back(option);

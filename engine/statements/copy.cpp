@@ -61,10 +61,10 @@ struct NamedWay {
 NamedWay parse_way(Parser& parser, std::string_view what) {
   NamedWay names;
   names.from.path = parser.expect_path(what);
-  if (parser.accept_keyword("IN")) names.from.file = parser.expect_path("a file");
+  if (parser.accept_keyword("IN")) names.from.file = parser.expect_file();
   parser.expect_keyword("TO");
   names.to.path = parser.expect_path("a new name");
-  if (parser.accept_keyword("IN")) names.to.file = parser.expect_path("a file");
+  if (parser.accept_keyword("IN")) names.to.file = parser.expect_file();
   return names;
 }
 
@@ -82,7 +82,7 @@ Answer copy_dataset(Parser& parser, Session& session) {
   const NamedWay names = parse_way(parser, "a dataset");
   const bool anew = !parser.at_end();
   const StorageOptions options = parse_storage_options(parser);
-  if (!parser.at_end()) parser.fail_expected("an option or the end of the statement");
+  parser.expect_end();
   const Way way = find_way(session, names.from, names.to);
   expect_dataset(way.from.file, way.from.path);
   const ObjectPlace from = {way.from.file, way.from.path};
@@ -95,7 +95,7 @@ Answer copy_dataset(Parser& parser, Session& session) {
 Answer copy_attribute_statement(Parser& parser, Session& session) {
   NamedWay names;
   names.from = parser.expect_attribute();
-  if (parser.accept_keyword("IN")) names.from.file = parser.expect_path("a file");
+  if (parser.accept_keyword("IN")) names.from.file = parser.expect_file();
   parser.expect_keyword("TO");
   names.to = parser.expect_object("an object or an attribute");
   parser.expect_end();

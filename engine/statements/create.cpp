@@ -92,9 +92,8 @@ NewElements parse_new_elements(Parser& parser, bool is_dataset) {
   if (parser.accept_keyword("VALUES")) {
     made.values = parse_value_list(parser);
     parser.expect_end(Mode::expression);
-  } else if (!parser.at_end()) {
-    parser.fail_expected(is_dataset ? "an option, VALUES or the end of the statement"
-                                    : "VALUES or the end of the statement");
+  } else {
+    parser.expect_end();
   }
   return made;
 }

@@ -47,7 +47,7 @@ Source parse_source(Parser& parser, bool append) {
     source.values = parse_value_list(parser);
     parser.expect_end();
   } else if (parser.accept_keyword("FROM")) {
-    source.file = parser.expect_path("a file");
+    source.file = parser.expect_file();
     source.header = parser.accept_keyword("HEADER");
     parser.expect_end();
   } else if (parser.accept_keyword("SELECT")) {

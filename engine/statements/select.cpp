@@ -50,7 +50,7 @@ Output parse_output(Parser& parser) {
   }
   if (parser.accept_keyword("INTO", Mode::expression)) {
     output.replace = parser.accept_keyword("OR REPLACE");
-    output.file = parser.expect_path("a file");
+    output.file = parser.expect_file();
   }
   parser.expect_end(output.file ? Mode::words : Mode::expression);
   return output;

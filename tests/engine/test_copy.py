@@ -221,7 +221,8 @@ def test_errors(file, kelvo):
     assert file.error("COPY ATTRIBUTE g@no TO g/x") == (-3, 'Attribute "/g@no" does not exist')
     assert file.error("COPY ATTRIBUTE g@title TO no") == (-3, 'Object "/no" does not exist')
     assert file.error("COPY ATTRIBUTE g@title TO g") == (-4, 'Attribute "/g@title" already exists')
-    assert file.error("COPY DATASET g/x TO h FAST") == (-1, 'Expected an option or the end of the statement, found "FAST"', 23)
+    assert file.error("COPY DATASET g/x TO h COMPACT FAST") == (
+        -1, 'Expected FILL, EARLY ALLOCATION, TRACK ORDER or the end of the statement, found "FAST"', 31)
     assert file.error("COPY DATASET g/x h") == (-1, 'Expected TO, found "h"', 18)
     assert file.error("COPY DIRECTORY a TO b") == (
         -1, 'Expected FILE, GROUP, DATASET, ATTRIBUTE, LINK or EXTERNAL, found "DIRECTORY"', 6)

@@ -234,6 +234,18 @@ def test_options_that_are_no_statement(file, options, position, message):
     assert file.error(f"CREATE DATASET x INT [3] {options}") == (-1, message, position + 1)
 
 
+@pytest.mark.parametrize("before, next_ones", [
+    ("", "CHUNK, CONTIGUOUS, COMPACT, DEFLATE, SHUFFLE, FLETCHER32, SCALEOFFSET, NBIT, SZIP, FILTER, FILL, EARLY ALLOCATION, "
+         "LATE ALLOCATION, INCREMENTAL ALLOCATION, TRACK ORDER"),
+    ("DEFLATE 1 EARLY ALLOCATION ", "CHUNK, SHUFFLE, FLETCHER32, SCALEOFFSET, NBIT, SZIP, FILTER, FILL, TRACK ORDER"),
+    ("COMPACT ", "FILL, EARLY ALLOCATION, TRACK ORDER"),
+    ("TRACK ORDER FILL 3 LATE ALLOCATION FILTER 32000 ",
+     "CHUNK, DEFLATE, SHUFFLE, FLETCHER32, SCALEOFFSET, NBIT, SZIP, FILTER")])
+def test_options_that_could_stand_here_are_named(file, before, next_ones):
+    assert file.error(f"CREATE DATASET x INT [3] {before}GZIP") == (
+        -1, f'Expected {next_ones}, VALUES or the end of the statement, found "GZIP"', 26 + len(before))
+
+
 @pytest.mark.parametrize("rest, status, message", [
     ("INT [9223372036854775807, 3]", -6, 'Dataset "/p/x" would have more elements than can be counted'),
     ("INT [9223372036854775807, 3] CHUNK [1, 1]", -6, 'Dataset "/p/x" would have more elements than can be counted'),
@@ -285,7 +297,8 @@ def test_attribute_errors(file):
     assert file.error("CREATE ATTRIBUTE no@a INT") == (-3, 'Object "/no" does not exist')
     assert file.error("CREATE ATTRIBUTE g INT") == (-1, 'Expected "@" and the name of an attribute, found "INT"', 20)
     assert file.error("CREATE ATTRIBUTE g@b INT CHUNK [1]") == (
-        -1, 'Expected VALUES or the end of the statement, found "CHUNK"', 26)
+        -1, "Expected SIZE, PRECISION, OFFSET, LITTLE ENDIAN, BIG ENDIAN, VALUES or the end of the statement, "
+        'found "CHUNK"', 26)
     assert file.error("CREATE ATTRIBUTE g@b INT [2 TO 3]") == (
         -1, 'Expected "]" (an attribute cannot grow), found "TO"', 29)
     assert file.error("CREATE ATTRIBUTE g@b TINYINT VALUES (300)") == (-6, "Value 300 does not fit TINYINT")

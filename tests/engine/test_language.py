@@ -110,3 +110,17 @@ def test_strings_between_double_quotes(file):
 def test_functions_of_other_languages(file):
     assert file.error("USE FILE a.h5", "SELECT MEAN(VALUE) FROM x") == (
         -1, 'Expected FROM (the functions are COUNT, MIN, MAX, SUM, AVG, STDDEV and MEDIAN), found "("', 12)
+
+
+@pytest.mark.parametrize("statement, position", [
+    ("SELECT * FROM x INTO FILE o.csv", 22), ("INSERT INTO x FROM file o.csv", 20), ("SELECT * FROM x IN FILE b.h5", 20),
+    ("COPY DATASET x TO y IN FILE b.h5", 24), ("SELECT * FROM x[1] IN FILE b.h5", 23)])
+def test_the_word_file_before_a_file(kelvo, statement, position):
+    assert kelvo.error(statement) == (-1, f'Expected a file (its path, without the word FILE), found "{statement.split()[-2]}"',
+                                      position)
+
+
+def test_a_file_of_that_name(kelvo):
+    kelvo.rows("CREATE FILE FILE", "USE FILE FILE", "CREATE DATASET x INT [2] VALUES (1, 2)", "SELECT * FROM x IN FILE INTO o.csv",
+               "INSERT INTO x IN FILE FROM o.csv")
+    assert kelvo.rows("SELECT * FROM x IN FILE # all") == ["1", "2"]
