@@ -30,7 +30,11 @@ int default_threads() noexcept {
   return static_cast<int>(std::clamp(processors, 1U, static_cast<unsigned>(most_threads)));
 }
 
-Session::Session(Cursor& cursor) : result_(cursor) {
+Session::Session(Cursor& cursor) : result_(cursor) {}
+
+void Session::start_hdf5() {
+  if (hdf5_started_) return;
+  hdf5_started_ = true;
   skip_work_at_exit();
   take_over_locking();
   guard_reach(settings_.file_options, settings_.external_link_prefix);

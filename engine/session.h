@@ -59,6 +59,9 @@ class Session {
 
   // --- for the statement families ---
 
+  /// Starts the HDF5 library, where that has not been done. Before, nothing of it is called.
+  void start_hdf5();
+
   Settings& settings() noexcept { return settings_; }
   [[nodiscard]] std::int32_t status_before() const noexcept { return status_before_; }
 
@@ -124,6 +127,7 @@ class Session {
   Target find_quietly(const ObjectName& name, Access access);
 
   Settings settings_;
+  bool hdf5_started_ = false;
   std::vector<UsedFile> files_;       // the one in use last
   std::vector<WrittenFile> written_;  // for this statement alone
   Result result_;

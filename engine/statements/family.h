@@ -19,11 +19,15 @@ using Answer = std::unique_ptr<RowSource>;
 /// Reads the rest of a statement, to its end, and only then runs it.
 using StatementFunction = Answer (*)(Parser& parser, Session& session);
 
+/// What a form calls: the HDF5 library, which takes a while to start, or no function of it.
+enum class Calls { hdf5, no_hdf5 };
+
 /// One verb, or one form of a family: the words that it begins with, in capitals and separated by
 /// one blank.
 struct Form {
   std::string_view keywords;
   StatementFunction run;
+  Calls calls = Calls::hdf5;
 };
 
 /// Runs the form with the most words that stand next in the text. Where none does, the error stands

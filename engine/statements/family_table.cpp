@@ -10,11 +10,14 @@
 namespace kelvo {
 namespace {
 
+// Each form of SHOW says by itself what it calls.
 constexpr std::array families = {
-    Form{"CREATE", run_create}, Form{"ALTER", run_alter}, Form{"RENAME", run_rename},
-    Form{"COPY", run_copy},     Form{"DROP", run_drop},   Form{"INSERT", run_insert},
-    Form{"SELECT", run_select}, Form{"SHOW", run_show},   Form{"USE", run_use},
-    Form{"FLUSH", run_flush},   Form{"CLOSE", run_close}, Form{"SET", run_set},
+    Form{"CREATE", run_create}, Form{"ALTER", run_alter},
+    Form{"RENAME", run_rename}, Form{"COPY", run_copy},
+    Form{"DROP", run_drop},     Form{"INSERT", run_insert},
+    Form{"SELECT", run_select}, Form{"SHOW", run_show, Calls::no_hdf5},
+    Form{"USE", run_use},       Form{"FLUSH", run_flush},
+    Form{"CLOSE", run_close},   Form{"SET", run_set},
 };
 
 std::string_view word_at(std::string_view keywords, std::size_t index) {
@@ -65,6 +68,7 @@ Answer run_form(std::span<const Form> forms, Parser& parser, Session& session) {
   if (best == nullptr) fail_no_form(forms, parser);
   parser.expect_keyword(best->keywords);
   session.understood(best->keywords);
+  if (best->calls == Calls::hdf5) session.start_hdf5();
   return best->run(parser, session);
 }
 
