@@ -9,6 +9,7 @@
 #include "storage/chunk_cache.h"
 #include "storage/creation.h"
 #include "storage/datatype.h"
+#include "storage/dense_attributes.h"
 #include "storage/element_batch.h"
 #include "storage/file.h"
 #include "storage/host.h"
@@ -172,20 +173,40 @@ bool has_data_types(const std::vector<FoundObject>& objects) {
   });
 }
 
+PropertyHandle copy_options(const std::vector<FoundObject>& objects, bool without_attributes) {
+  const auto what = [] { return std::string("Copying cannot be set up"); };
+  PropertyHandle options(check_id(H5Pcreate(H5P_OBJECT_COPY), what));
+  unsigned flags = 0;
+  if (!has_data_types(objects)) flags |= H5O_COPY_MERGE_COMMITTED_DTYPE_FLAG;
+  if (without_attributes) flags |= H5O_COPY_WITHOUT_ATTR_FLAG;
+  check_done(H5Pset_copy_object(options.get(), flags), what);
+  return options;
+}
+
+void copy_all_attributes(const ObjectPlace& from, const ObjectPlace& to,
+                         const std::vector<FoundObject>& objects) {
+  ReferenceMap references(from.file, to.file);
+  references.add(objects, to.path);
+  for (const FoundObject& object : objects) {
+    copy_attributes({from.file, joined(from.path, object.name)},
+                    {to.file, joined(to.path, object.name)}, references);
+  }
+}
+
 }  // namespace
 
 void copy_object(const ObjectPlace& from, const ObjectPlace& to) {
   const auto what = [&from] { return cannot_copy(from.path); };
   // Found before the copy, which may be put into the group that is copied.
   const std::vector<FoundObject> objects = objects_below(from.file, from.path);
-  const PropertyHandle options(check_id(H5Pcreate(H5P_OBJECT_COPY), what));
-  if (!has_data_types(objects))
-    check_done(H5Pset_copy_object(options.get(), H5O_COPY_MERGE_COMMITTED_DTYPE_FLAG), what);
+  const bool apart = has_dense_varying_attributes(from.file, from.path, objects);
+  const PropertyHandle options = copy_options(objects, apart);
   // H5Ocopy itself may end the process when it cannot write.
   expect_room(file_name(to.file), stored_bytes(from, objects));
   check_done(H5Ocopy(from.file, from.path.c_str(), to.file, to.path.c_str(), options.get(),
                      making_parents().get()),
              what);
+  if (apart) copy_all_attributes(from, to, objects);
   copy_references(from.file, from.path, to.file, to.path, objects);
 }
 
@@ -227,7 +248,7 @@ void copy_attribute(const AttributePlace& from, const AttributePlace& to,
   const DataspaceHandle space(check_id(H5Aget_space(opened.get()), what));
   const PropertyHandle list(check_id(H5Aget_create_plist(opened.get()), what));
   ElementPlace source = place_of(std::move(opened), "Attribute " + quoted(from.shown));
-  const DatatypeHandle type = transient(source.file_type.get(), from.shown);
+  const DatatypeHandle type = references.translate_type(source.file_type.get());
   ElementPlace copy =
       place_of(AttributeHandle(check_id(
                    H5Acreate2(to.object, to.name.c_str(),

@@ -33,10 +33,6 @@ herr_t keep_object(hid_t /*object*/, const char* name, const H5O_info_t* info, v
   return 0;
 }
 
-std::string joined(const std::string& path, const std::string& name) {
-  return name.empty() ? path : path_below(path, name);
-}
-
 void copy_dataset_references(hid_t from_file, const std::string& from, hid_t to_file,
                              const std::string& to, const ReferenceMap& references) {
   const auto open = [](hid_t file, const std::string& path) {
@@ -73,6 +69,10 @@ void copy_attribute_references(const ObjectHandle& source, const ObjectHandle& c
 
 }  // namespace
 
+std::string joined(const std::string& path, const std::string& name) {
+  return name.empty() ? path : path_below(path, name);
+}
+
 std::vector<FoundObject> objects_below(hid_t file, const std::string& path) {
   std::vector<FoundObject> objects;
   check_done(H5Ovisit_by_name2(file, path.c_str(), H5_INDEX_NAME, H5_ITER_NATIVE, keep_object,
@@ -101,6 +101,14 @@ const std::string* ReferenceMap::new_path(hid_t object) const {
   check_done(H5Oget_info2(object, &info, H5O_INFO_BASIC), cannot_copy);
   const auto found = paths_.find(info.addr);
   return found == paths_.end() ? nullptr : &found->second;
+}
+
+DatatypeHandle ReferenceMap::translate_type(hid_t type) const {
+  const bool is_committed = is_needed() && check_answer(H5Tcommitted(type), cannot_copy);
+  const std::string* path = is_committed ? new_path(type) : nullptr;
+  if (path != nullptr)
+    return DatatypeHandle(check_id(H5Topen2(to_, path->c_str(), H5P_DEFAULT), cannot_copy));
+  return DatatypeHandle(check_id(H5Tcopy(type), cannot_copy));
 }
 
 void ReferenceMap::make_object_reference(std::byte* element) const {

@@ -32,6 +32,10 @@ class ReferenceMap {
   /// other file. Within one file they stay as they are.
   void translate(const Type& type, std::byte* elements, std::size_t count) const;
 
+  /// The data type, in the other file, for the copy of something of that type: the copy of a
+  /// committed one where that is among the objects, else one of its own.
+  [[nodiscard]] DatatypeHandle translate_type(hid_t type) const;
+
   [[nodiscard]] bool is_needed() const noexcept { return from_ != to_; }
 
  private:
@@ -44,6 +48,9 @@ class ReferenceMap {
   hid_t to_;                                        // the same as from_ within one file
   std::unordered_map<haddr_t, std::string> paths_;  // by the address in the file copied from
 };
+
+/// The path of a found object; `path` is where the search began.
+std::string joined(const std::string& path, const std::string& name);
 
 /// The objects at and below `path`, each once.
 std::vector<FoundObject> objects_below(hid_t file, const std::string& path);

@@ -92,8 +92,11 @@ void copy_root(hid_t from, hid_t to) {
   for (const std::string& name : members_as_made(from))
     move_name(to, path_below(moving_group, name), "/" + name);
   link_to_new_root(to);
-  copy_attributes({from, "/"}, {to, "/"}, ReferenceMap(from, to));
-  copy_references(from, "/", to, "/", objects_below(from, "/"));
+  const std::vector<FoundObject> objects = objects_below(from, "/");
+  ReferenceMap references(from, to);
+  references.add(objects, "/");
+  copy_attributes({from, "/"}, {to, "/"}, references);
+  copy_references(from, "/", to, "/", objects);
 }
 
 struct Counts {

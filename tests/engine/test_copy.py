@@ -166,6 +166,41 @@ def test_reference_that_cannot_be_followed_is_not_copied_as_null(kelvo):
         assert list(made) == []
 
 
+@pytest.mark.parametrize("track_order", [False, True])
+def test_many_attributes_with_texts_and_references(kelvo, track_order):
+    """As netCDF-4 makes them; the HDF5 library does not survive copying them where they have an index."""
+    with h5py.File(kelvo.path("a.h5"), "w", libver="latest", track_order=track_order) as made:
+        made["g/kind"] = h5py.enum_dtype({"LOW": 0, "HIGH": 1}, "i1")
+        scale = made.create_dataset("g/time", data=np.arange(4.0))
+        scale.make_scale("time")
+        for name in ("x", "y"):
+            dataset = made.create_dataset(f"g/{name}", data=np.arange(4), track_order=track_order)
+            dataset.dims[0].attach_scale(scale)
+            for i in reversed(range(12)):
+                dataset.attrs[f"number{i}"] = np.arange(i, dtype=">i2")
+            dataset.attrs["names"] = ["one", "", name]
+            dataset.attrs.create("level", 1, dtype=made["g/kind"])
+        made.attrs["title"] = "root"
+        for i in range(12):
+            made.attrs[f"text{i}"] = ["t", str(i)]
+        order = list(made["g/x"].attrs)
+    kelvo.rows("CREATE FILE b.h5", "CREATE FILE c.h5", "USE FILE a.h5", "COPY GROUP g TO g IN b.h5", "COPY GROUP g TO h",
+               "COPY DATASET g/x TO x IN c.h5", "COPY FILE a.h5 TO packed.h5 REPACK")
+    for name, group in (("a.h5", "h"), ("b.h5", "g"), ("packed.h5", "g"), ("packed.h5", "h")):
+        with h5py.File(kelvo.path(name), "r") as made:
+            g = made[group]
+            for x in (g["x"], g["y"]):
+                assert list(x.attrs) == order and list(x.attrs["names"]) == ["one", "", x.name[-1]]
+                assert all(x.attrs[f"number{i}"].tolist() == list(range(i)) for i in range(12))
+                assert made[x.attrs["DIMENSION_LIST"][0][0]] == made["g/time"]
+                level = h5py.h5a.open(x.id, b"level").get_type()
+                assert level.committed() and h5py.h5i.get_name(level) == b"/g/kind"  # within a file the same
+    with h5py.File(kelvo.path("packed.h5"), "r") as made:
+        assert made.attrs["title"] == "root" and list(made.attrs["text11"]) == ["t", "11"]
+    with h5py.File(kelvo.path("c.h5"), "r") as made:
+        assert list(made["x"].attrs["names"]) == ["one", "", "x"] and made["x"].attrs["level"] == 1
+
+
 @pytest.mark.parametrize("member, value, read", [
     ("VARINT", lambda i: f"[{i}, {i + 1}]", lambda i: [i, i + 1]), ("VARCHAR", lambda i: f"'text {i}'", b"text %d".__mod__),
     ("SEQUENCE OF COMPOUND (p INT, q FLOAT)", lambda i: f"[({i}, 0.5), ({i}, 1.5)]", lambda i: [(i, 0.5), (i, 1.5)])])
