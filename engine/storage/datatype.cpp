@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "storage/check.h"
+#include "storage/half_conversion.h"
 #include "storage/narrow_conversion.h"
 #include "values/bits.h"
 
@@ -168,6 +169,7 @@ DatatypeHandle memory_datatype(const Type& type, hid_t file_type) {
       mend_narrow_conversion(type, file_type, native_number(type));
       return copy_of(native_number(type));
     case Kind::real:
+      hasten_half_conversion(type, file_type, native_number(type));
       return copy_of(native_number(type));
     case Kind::compound:
       return memory_compound(type, file_type);

@@ -96,14 +96,23 @@ def test_real_numbers(kelvo, dtype):
     assert make(kelvo, x=(values, dtype)) == 2
 
 
-def test_every_half_float(kelvo):
-    every = np.arange(65536, dtype=np.uint16)
+def unsigned_nans(rows):
+    return [row.replace("-nan", "nan") for row in rows]
+
+
+@pytest.mark.parametrize("dtype", ["<f2", ">f2"])
+def test_every_half_float(kelvo, dtype):
+    """Side by side, in lines, and where other members stand between them."""
+    every = np.arange(65536, dtype=np.uint16).view("f2").astype(dtype)
     with h5py.File(kelvo.path("half.h5"), "w") as file:
-        file["x"] = every.view("<f2")
-    expected = ["%f" % value for value in every.view("<f2").astype(float)]
-    rows = kelvo.rows("SELECT * FROM x IN half.h5")
-    assert [row.lstrip("-") if "nan" in row else row for row in rows] == [
-        row.lstrip("-") if "nan" in row else row for row in expected]
+        file["x"] = every
+        file["lines"] = every.reshape(-1, 16)
+        file["pairs"] = np.rec.fromarrays([np.arange(65536, dtype="u1"), every], names="n,x")
+    expected = unsigned_nans("%f" % value for value in every.astype(float))
+    assert unsigned_nans(kelvo.rows("SELECT * FROM x IN half.h5")) == expected
+    assert unsigned_nans(kelvo.rows("SELECT x FROM pairs IN half.h5")) == expected
+    lines = kelvo.rows("SELECT * FROM lines IN half.h5")
+    assert unsigned_nans(" ".join(lines).split()) == expected
 
 
 def brain_float():
