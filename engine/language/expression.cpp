@@ -174,8 +174,7 @@ class Reader {
   }
 
   Expression like(Expression expression) {
-    expression.text = parser_.expect_string("a pattern");
-    if (accept("ESCAPE")) expression.escape = parser_.expect_escape_character();
+    expression.pattern = parser_.expect_like_pattern(Mode::expression);
     return expression;
   }
 

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "values/literal.h"
+#include "values/pattern.h"
 
 namespace kelvo {
 
@@ -20,7 +20,7 @@ enum class Operation {
   comparison,   // two operands
   between,      // three operands: the value and the two bounds
   in,           // two operands or more: the value, then the list
-  like,         // one operand; `text` is the pattern
+  like,         // one operand, and `pattern`
   is_nan,       // one operand
   conjunction,  // AND of two operands or more
   disjunction,  // OR of two operands or more
@@ -38,8 +38,8 @@ struct Expression {
   Literal literal;
   Arithmetic arithmetic = Arithmetic::add;
   Comparison comparison = Comparison::equal;
-  bool negated = false;        // between, in, like, is_nan: with NOT
-  std::optional<char> escape;  // like: the byte after which a wildcard stands for itself
+  bool negated = false;  // between, in, like, is_nan: with NOT
+  LikePattern pattern;   // like
   std::vector<Expression> operands;
 
   /// Whether it is a condition; otherwise it is a value.

@@ -1,7 +1,6 @@
 // Cuts a statement into tokens. What a byte means depends on where it stands: where an object or a
-// file is expected,
-// "/data/a-b.c" is one word; in an expression it is names and operators. So the caller says which
-// it expects.
+// file is expected, "/data/a-b.c" is one word; in an expression it is names and operators. So the
+// caller says which it expects.
 #pragma once
 
 #include <cstddef>

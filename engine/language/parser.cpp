@@ -252,11 +252,15 @@ std::string Parser::expect_string(std::string_view what) {
   return take(Mode::expression).text;
 }
 
-char Parser::expect_escape_character() {
+LikePattern Parser::expect_like_pattern(Mode mode) {
+  LikePattern pattern;
+  pattern.text = expect_string("a pattern");
+  if (!accept_keyword("ESCAPE", mode)) return pattern;
   const std::size_t position = peek(Mode::expression).position;
   const std::string escape = expect_string("the escape character");
   if (escape.size() != 1) throw StatementError::at(position, "Expected one escape character");
-  return escape[0];
+  pattern.escape = escape[0];
+  return pattern;
 }
 
 std::uint64_t Parser::expect_unsigned(std::string_view what, std::uint64_t maximum) {

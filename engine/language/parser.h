@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "language/lexer.h"
+#include "values/pattern.h"
 
 namespace kelvo {
 
@@ -88,8 +89,8 @@ class Parser {
   std::string take_member_path();
 
   std::string expect_string(std::string_view what);
-  /// The character behind ESCAPE, a string of one byte.
-  char expect_escape_character();
+  /// What stands behind LIKE: 'pattern' [ESCAPE 'c'], of which c is one byte.
+  LikePattern expect_like_pattern(Mode mode = Mode::words);
   /// An unsigned decimal or hexadecimal integer of at most `maximum`.
   std::uint64_t expect_unsigned(std::string_view what, std::uint64_t maximum = UINT64_MAX);
 

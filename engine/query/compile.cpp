@@ -96,7 +96,7 @@ class Compiler {
         result = in(expression);
         break;
       case Operation::like:
-        result = matching(text(side(expression.operands[0])), expression.text, expression.escape);
+        result = matching(text(side(expression.operands[0])), expression.pattern);
         break;
       case Operation::is_nan:
         result = is_nan(side(expression.operands[0]));

@@ -6,8 +6,6 @@
 #include <string_view>
 #include <utility>
 
-#include "values/pattern.h"
-
 namespace kelvo {
 namespace {
 
@@ -84,19 +82,18 @@ class Negation : public Condition {
 
 class Matching : public Condition {
  public:
-  Matching(OperandPointer text, std::string pattern, std::optional<char> escape)
-      : text_(std::move(text)), pattern_(std::move(pattern)), escape_(escape) {}
+  Matching(OperandPointer text, LikePattern pattern)
+      : text_(std::move(text)), pattern_(std::move(pattern)) {}
 
   void evaluate(const Batch& batch, const Mask* active, Mask* out) override {
     const auto* texts = static_cast<const std::string_view*>(text_->evaluate(batch, active));
     for (std::size_t i = 0; i < batch.count; ++i)
-      out[i] = static_cast<Mask>(active[i] != 0 && like(pattern_, texts[i], escape_));
+      out[i] = static_cast<Mask>(active[i] != 0 && pattern_.matches(texts[i]));
   }
 
  private:
   OperandPointer text_;
-  std::string pattern_;
-  std::optional<char> escape_;
+  LikePattern pattern_;
 };
 
 class BeingNan : public Condition {
@@ -165,8 +162,8 @@ ConditionPointer negation(ConditionPointer operand) {
   return std::make_unique<Negation>(std::move(operand));
 }
 
-ConditionPointer matching(OperandPointer text, std::string pattern, std::optional<char> escape) {
-  return std::make_unique<Matching>(std::move(text), std::move(pattern), escape);
+ConditionPointer matching(OperandPointer text, LikePattern pattern) {
+  return std::make_unique<Matching>(std::move(text), std::move(pattern));
 }
 
 ConditionPointer being_nan(OperandPointer real) {

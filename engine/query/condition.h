@@ -2,12 +2,11 @@
 #pragma once
 
 #include <memory>
-#include <optional>
-#include <string>
 #include <vector>
 
 #include "query/compare_kernel.h"
 #include "query/operand.h"
+#include "values/pattern.h"
 
 namespace kelvo {
 
@@ -42,8 +41,8 @@ ConditionPointer any_of(std::vector<ConditionPointer> parts);
 
 ConditionPointer negation(ConditionPointer operand);
 
-/// LIKE, with like's pattern and escape (values/pattern.h). `text` must be of the domain text.
-ConditionPointer matching(OperandPointer text, std::string pattern, std::optional<char> escape);
+/// LIKE. `text` must be of the domain text.
+ConditionPointer matching(OperandPointer text, LikePattern pattern);
 
 /// `real` must be of the domain real.
 ConditionPointer being_nan(OperandPointer real);

@@ -113,8 +113,9 @@ Answer copy_attribute_statement(Parser& parser, Session& session) {
   return nullptr;
 }
 
-Answer copy_any_link(Parser& parser, Session& session, NameKind kind, std::string_view what) {
-  const NamedWay names = parse_way(parser, what);
+template <NameKind kind>
+Answer copy_any_link(Parser& parser, Session& session) {
+  const NamedWay names = parse_way(parser, with_article(kind));
   parser.expect_end();
   const Way way = find_way(session, names.from, names.to);
   expect_there(way.from.file, way.from.path, kind);
@@ -123,17 +124,13 @@ Answer copy_any_link(Parser& parser, Session& session, NameKind kind, std::strin
   return nullptr;
 }
 
-Answer copy_soft_link(Parser& parser, Session& session) {
-  return copy_any_link(parser, session, NameKind::link, "a link");
-}
-Answer copy_external_link(Parser& parser, Session& session) {
-  return copy_any_link(parser, session, NameKind::external_link, "an external link");
-}
-
 constexpr std::array forms = {
-    Form{"FILE", copy_file},       Form{"GROUP", copy_group},
-    Form{"DATASET", copy_dataset}, Form{"ATTRIBUTE", copy_attribute_statement},
-    Form{"LINK", copy_soft_link},  Form{"EXTERNAL LINK", copy_external_link},
+    Form{"FILE", copy_file},
+    Form{"GROUP", copy_group},
+    Form{"DATASET", copy_dataset},
+    Form{"ATTRIBUTE", copy_attribute_statement},
+    Form{"LINK", copy_any_link<NameKind::link>},
+    Form{"EXTERNAL LINK", copy_any_link<NameKind::external_link>},
 };
 
 }  // namespace

@@ -15,13 +15,13 @@
 namespace kelvo {
 namespace {
 
-[[noreturn]] void fail_no_match(const std::string& what, const LikeClause& like,
+[[noreturn]] void fail_no_match(const std::string& what, const LikePattern& like,
                                 const std::string& where) {
   throw StatementError(Status::does_not_exist,
-                       "No " + what + " in " + quoted(where) + " matches " + quoted(like.pattern));
+                       "No " + what + " in " + quoted(where) + " matches " + quoted(like.text));
 }
 
-std::vector<std::string> matching(const std::vector<std::string>& names, const LikeClause& like) {
+std::vector<std::string> matching(const std::vector<std::string>& names, const LikePattern& like) {
   std::vector<std::string> matches;
   for (const std::string& name : names) {
     if (like.matches(name)) matches.push_back(name);
@@ -31,7 +31,7 @@ std::vector<std::string> matching(const std::vector<std::string>& names, const L
 
 // --- on the host ---
 
-std::vector<std::string> matching_on_host(const std::string& directory, const LikeClause& like,
+std::vector<std::string> matching_on_host(const std::string& directory, const LikePattern& like,
                                           HostKind kind, bool optional) {
   expect_on_host(directory, HostKind::directory);
   std::vector<std::string> paths;
@@ -45,7 +45,7 @@ std::vector<std::string> matching_on_host(const std::string& directory, const Li
 // What a statement "DROP kind [IF EXISTS] [path] [LIKE 'pattern']" names.
 struct Dropped {
   bool optional = false;
-  std::optional<LikeClause> like;
+  std::optional<LikePattern> like;
 };
 
 std::vector<std::string> host_paths(const Dropped& dropped, const std::string& path,
@@ -116,10 +116,10 @@ std::vector<std::string> paths_in_file(const Dropped& dropped, const Target& tar
   return paths;
 }
 
-Answer drop_name(Parser& parser, Session& session, NameKind kind, std::string_view what) {
+Answer drop_name(Parser& parser, Session& session, NameKind kind) {
   Dropped dropped;
   ObjectName name;
-  name.path = parse_dropped_path(parser, what, &dropped);
+  name.path = parse_dropped_path(parser, with_article(kind) + " or LIKE", &dropped);
   parser.expect_end();
   Target target = session.find(name, Access::write);
   const std::vector<std::string> paths = paths_in_file(dropped, target, kind);
@@ -133,17 +133,9 @@ Answer drop_name(Parser& parser, Session& session, NameKind kind, std::string_vi
   return nullptr;
 }
 
-Answer drop_group(Parser& parser, Session& session) {
-  return drop_name(parser, session, NameKind::group, "a group or LIKE");
-}
-Answer drop_dataset(Parser& parser, Session& session) {
-  return drop_name(parser, session, NameKind::dataset, "a dataset or LIKE");
-}
-Answer drop_link(Parser& parser, Session& session) {
-  return drop_name(parser, session, NameKind::link, "a link or LIKE");
-}
-Answer drop_external_link(Parser& parser, Session& session) {
-  return drop_name(parser, session, NameKind::external_link, "an external link or LIKE");
+template <NameKind kind>
+Answer drop_in_file(Parser& parser, Session& session) {
+  return drop_name(parser, session, kind);
 }
 
 // --- attributes ---
@@ -153,7 +145,7 @@ void delete_attribute(hid_t object, const std::string& path, const std::string& 
              [&] { return "Attribute " + quoted(path + "@" + name) + " cannot be dropped"; });
 }
 
-void drop_matching_attributes(const Target& target, const LikeClause& like, bool optional) {
+void drop_matching_attributes(const Target& target, const LikePattern& like, bool optional) {
   const ObjectHandle object = open_object(target.file, target.path);
   const std::vector<std::string> names = matching(attribute_names(object.get(), target.path), like);
   if (names.empty() && !optional) fail_no_match("attribute", like, target.path);
@@ -170,7 +162,7 @@ void drop_one_attribute(const Target& target, bool optional) {
 Answer drop_attribute(Parser& parser, Session& session) {
   const bool optional = parser.accept_keyword("IF EXISTS");
   ObjectName name;
-  std::optional<LikeClause> like = parse_optional_like(parser);
+  std::optional<LikePattern> like = parse_optional_like(parser);
   if (!like) {
     name = parser.expect_place("an attribute (object@name) or LIKE");
     if (!name.attribute && !(like = parse_optional_like(parser)))
@@ -186,11 +178,11 @@ Answer drop_attribute(Parser& parser, Session& session) {
 constexpr std::array forms = {
     Form{"DIRECTORY", drop_directory},
     Form{"FILE", drop_file},
-    Form{"GROUP", drop_group},
-    Form{"DATASET", drop_dataset},
+    Form{"GROUP", drop_in_file<NameKind::group>},
+    Form{"DATASET", drop_in_file<NameKind::dataset>},
     Form{"ATTRIBUTE", drop_attribute},
-    Form{"LINK", drop_link},
-    Form{"EXTERNAL LINK", drop_external_link},
+    Form{"LINK", drop_in_file<NameKind::link>},
+    Form{"EXTERNAL LINK", drop_in_file<NameKind::external_link>},
 };
 
 }  // namespace

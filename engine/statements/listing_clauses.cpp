@@ -12,8 +12,7 @@ namespace kelvo {
 namespace {
 
 void parse_like(Parser& parser, ListingClauses* clauses) {
-  clauses->like = parser.expect_string("a pattern");
-  if (parser.accept_keyword("ESCAPE")) clauses->escape = parser.expect_escape_character();
+  clauses->like = parser.expect_like_pattern();
 }
 
 void parse_glob(Parser& parser, ListingClauses* clauses) {
@@ -73,7 +72,7 @@ ListingClauses parse_listing_clauses(Parser& parser, ClauseSet set) {
 
 bool ListingClauses::admit(std::string_view name, std::string_view path,
                            const std::string& base) const {
-  if (like && !kelvo::like(*like, name, escape)) return false;
+  if (like && !like->matches(name)) return false;
   if (!glob) return true;
   if (!glob->starts_with('/')) return kelvo::glob(*glob, path);
   return kelvo::glob(*glob, (base == "/" ? base : base + "/") + std::string(path));

@@ -18,8 +18,7 @@ struct ClauseSet {
 };
 
 struct ListingClauses {
-  std::optional<std::string> like;
-  std::optional<char> escape;
+  std::optional<LikePattern> like;
   std::optional<std::string> glob;
   bool recursive = false;  // also where the GLOB pattern itself says so, by a "/" or "**"
   bool by_order = false;

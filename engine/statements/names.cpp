@@ -6,7 +6,6 @@
 #include "error.h"
 #include "session.h"
 #include "storage/object.h"
-#include "values/pattern.h"
 
 namespace kelvo {
 namespace {
@@ -52,14 +51,9 @@ std::string destination(const Target& to, const std::string& written, const std:
   return path;
 }
 
-bool LikeClause::matches(const std::string& name) const { return like(pattern, name, escape); }
-
-std::optional<LikeClause> parse_optional_like(Parser& parser) {
+std::optional<LikePattern> parse_optional_like(Parser& parser) {
   if (!parser.accept_keyword("LIKE")) return std::nullopt;
-  LikeClause clause;
-  clause.pattern = parser.expect_string("a pattern");
-  if (parser.accept_keyword("ESCAPE")) clause.escape = parser.expect_escape_character();
-  return clause;
+  return parser.expect_like_pattern();
 }
 
 void refuse_file_in_use(const Session& session, const std::string& path) {

@@ -32,14 +32,8 @@ std::string host_destination(const HostName& to, const std::string& name, HostKi
 std::string destination(const Target& to, const std::string& written, const std::string& from,
                         NameKind kind);
 
-/// LIKE 'pattern' [ESCAPE 'c'].
-struct LikeClause {
-  std::string pattern;
-  std::optional<char> escape;
-
-  [[nodiscard]] bool matches(const std::string& name) const;
-};
-std::optional<LikeClause> parse_optional_like(Parser& parser);
+/// LIKE 'pattern' [ESCAPE 'c'], where it stands next.
+std::optional<LikePattern> parse_optional_like(Parser& parser);
 
 /// Throws where the file is in use, or one in or below the directory.
 void refuse_file_in_use(const Session& session, const std::string& path);

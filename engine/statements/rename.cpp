@@ -37,8 +37,8 @@ void refuse_into_itself(const Target& from, const std::string& to) {
                        "Group " + quoted(from.path) + " cannot be moved into itself");
 }
 
-Answer rename_name(Parser& parser, Session& session, NameKind kind, std::string_view what) {
-  const ObjectName old_name = parse_object(parser, what);
+Answer rename_name(Parser& parser, Session& session, NameKind kind) {
+  const ObjectName old_name = parse_object(parser, with_article(kind));
   parser.expect_keyword("TO");
   const ObjectName new_name = parse_object(parser, "a new name");
   parser.expect_end();
@@ -86,33 +86,24 @@ Answer rename_attribute(Parser& parser, Session& session) {
   return nullptr;
 }
 
-Answer rename_directory(Parser& parser, Session& session) {
-  return rename_host(parser, session, HostKind::directory);
+template <HostKind kind>
+Answer rename_on_host(Parser& parser, Session& session) {
+  return rename_host(parser, session, kind);
 }
-Answer rename_file(Parser& parser, Session& session) {
-  return rename_host(parser, session, HostKind::file);
-}
-Answer rename_group(Parser& parser, Session& session) {
-  return rename_name(parser, session, NameKind::group, "a group");
-}
-Answer rename_dataset(Parser& parser, Session& session) {
-  return rename_name(parser, session, NameKind::dataset, "a dataset");
-}
-Answer rename_link(Parser& parser, Session& session) {
-  return rename_name(parser, session, NameKind::link, "a link");
-}
-Answer rename_external_link(Parser& parser, Session& session) {
-  return rename_name(parser, session, NameKind::external_link, "an external link");
+
+template <NameKind kind>
+Answer rename_in_file(Parser& parser, Session& session) {
+  return rename_name(parser, session, kind);
 }
 
 constexpr std::array forms = {
-    Form{"DIRECTORY", rename_directory},
-    Form{"FILE", rename_file},
-    Form{"GROUP", rename_group},
-    Form{"DATASET", rename_dataset},
+    Form{"DIRECTORY", rename_on_host<HostKind::directory>},
+    Form{"FILE", rename_on_host<HostKind::file>},
+    Form{"GROUP", rename_in_file<NameKind::group>},
+    Form{"DATASET", rename_in_file<NameKind::dataset>},
     Form{"ATTRIBUTE", rename_attribute},
-    Form{"LINK", rename_link},
-    Form{"EXTERNAL LINK", rename_external_link},
+    Form{"LINK", rename_in_file<NameKind::link>},
+    Form{"EXTERNAL LINK", rename_in_file<NameKind::external_link>},
 };
 
 }  // namespace

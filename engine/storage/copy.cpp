@@ -4,13 +4,11 @@
 #include <algorithm>
 #include <vector>
 
-#include "storage/box_walk.h"
 #include "storage/check.h"
 #include "storage/chunk_cache.h"
 #include "storage/creation.h"
 #include "storage/datatype.h"
 #include "storage/dense_attributes.h"
-#include "storage/element_batch.h"
 #include "storage/file.h"
 #include "storage/host.h"
 #include "storage/link.h"
@@ -135,13 +133,7 @@ void copy_values(const ElementPlace& from, const ElementPlace& to, const Referen
   const bool elsewhere =
       H5Pget_layout(list.get()) == H5D_VIRTUAL || H5Pget_external_count(list.get()) > 0;
   if (!written && !elsewhere) return;
-  BoxWalk walk(from.space, chunk_of(to.dataset.get()), from.type.size);
-  Selection box;
-  while (walk.next(&box)) {
-    ElementBatch batch(from, box);
-    references.translate(from.type, batch.data(), batch.count());
-    write_elements(to, box, batch.data());
-  }
+  copy_elements(from, to, references);
 }
 
 ElementPlace open_dataset(const ObjectPlace& place) {
@@ -258,12 +250,7 @@ void copy_attribute(const AttributePlace& from, const AttributePlace& to,
                "Attribute " + quoted(to.shown));
   keep_file_type(&source, from.shown);
   keep_file_type(&copy, to.shown);
-  const Selection all = resolve_slice({}, source.space, source.name);
-  if (all.elements() > 0) {
-    ElementBatch batch(source, all);
-    references.translate(source.type, batch.data(), batch.count());
-    write_elements(copy, all, batch.data());
-  }
+  copy_elements(source, copy, references);
 }
 
 void copy_attributes(const ObjectPlace& from, const ObjectPlace& to,

@@ -26,13 +26,14 @@ void copy_object(const ObjectPlace& from, const ObjectPlace& to);
 /// replace all filters, another layout all of the layout.
 void store_anew(const ObjectPlace& from, const ObjectPlace& to, const StorageOptions& options);
 
-/// An attribute that `to_object` does not have yet. The objects stay open for as long; `from_shown`
-/// and `to_shown` as messages show the attributes.
+/// An attribute of an open object, or the place for one.
 struct AttributePlace {
   hid_t object;
   std::string name;
-  std::string shown;
+  std::string shown;  // as messages show it: path@name
 };
+
+/// An attribute to an object that has none of that name.
 void copy_attribute(const AttributePlace& from, const AttributePlace& to,
                     const ReferenceMap& references);
 

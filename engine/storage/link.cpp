@@ -28,8 +28,6 @@ const KindWords& words(NameKind kind) {
   return table.at(static_cast<std::size_t>(kind));
 }
 
-std::string with_article(NameKind kind) { return std::string(words(kind).article); }
-
 NameKind object_kind(ObjectKind kind) {
   switch (kind) {
     case ObjectKind::group:
@@ -96,6 +94,8 @@ herr_t stop_at_object(hid_t /*object*/, const char* /*name*/, const H5O_info_t* 
 }  // namespace
 
 std::string title(NameKind kind) { return std::string(words(kind).title); }
+
+std::string with_article(NameKind kind) { return std::string(words(kind).article); }
 
 std::string lower_title(NameKind kind) {
   std::string text = title(kind);

@@ -19,9 +19,10 @@ enum class NameKind {
   external_link,  // or any other link that leads out of the file
 };
 
-/// "Group", "External link", ...: as messages begin; and in small letters.
+/// "Group", "External link", ...: as messages begin; in small letters; and with its article.
 std::string title(NameKind kind);
 std::string lower_title(NameKind kind);
+std::string with_article(NameKind kind);
 
 NameKind name_kind_at(hid_t file, const std::string& path);
 
@@ -46,6 +47,7 @@ void create_soft_link(hid_t file, const std::string& path, const std::string& ta
 void create_hard_link(hid_t file, const std::string& path, const std::string& target);
 void create_external_link(hid_t file, const std::string& path, const std::string& target_file,
                           const std::string& target);
+
 /// Where a link leads, as it is stored: the path of an object and, for an external link, the file.
 struct LinkTarget {
   std::optional<std::string> file;
@@ -55,10 +57,15 @@ struct LinkTarget {
 /// `path` must be that of a link of kind link or external_link.
 LinkTarget link_target(hid_t file, const std::string& path);
 
-/// As the other link, whose kind is link or external_link, is.
+/// Makes a link like the one at `from`, whose kind is link or external_link, and the missing groups
+/// on the way. The path must be creatable.
 void copy_link(hid_t from_file, const std::string& from, hid_t to_file, const std::string& to);
+
+/// Gives what has a name another one; the missing groups on the way are made. The new path must be
+/// creatable.
 void move_name(hid_t file, const std::string& from, const std::string& to);
 
+/// The object goes with the last of its names.
 void remove_name(hid_t file, const std::string& path);
 
 /// Whether the object at `path` is the group at `group`, or anywhere below it.

@@ -28,8 +28,8 @@ struct ListingRequest {
 ///
 /// Recursive, each group comes before what is in it, and each object comes once: where hard links
 /// lead to it from the group, under the first of these whose name is admitted; else under the first
-/// link whose name is. So
-/// neither links nor cycles repeat anything, and nothing that can be reached is missing.
+/// link whose name is. So neither links nor cycles repeat anything, and nothing that can be reached
+/// is missing.
 std::vector<std::string> list_members(hid_t file, const std::string& group,
                                       const ListingRequest& request);
 

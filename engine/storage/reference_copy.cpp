@@ -6,11 +6,11 @@
 #include <utility>
 #include <vector>
 
+#include "storage/box_elements.h"
 #include "storage/box_walk.h"
 #include "storage/check.h"
 #include "storage/chunk_cache.h"
 #include "storage/creation.h"
-#include "storage/element_batch.h"
 #include "storage/link.h"
 #include "storage/listing.h"
 #include "storage/object.h"
@@ -41,13 +41,7 @@ void copy_dataset_references(hid_t from_file, const std::string& from, hid_t to_
   const ElementPlace source = open(from_file, from);
   if (!has_references(source.type)) return;
   const ElementPlace copy = open(to_file, to);
-  BoxWalk walk(source.space, chunk_of(source.dataset.get()), source.type.size);
-  Selection box;
-  while (walk.next(&box)) {
-    ElementBatch batch(source, box);
-    references.translate(source.type, batch.data(), batch.count());
-    write_elements(copy, box, batch.data());
-  }
+  copy_elements(source, copy, references);
 }
 
 void copy_attribute_references(const ObjectHandle& source, const ObjectHandle& copy,
@@ -59,12 +53,15 @@ void copy_attribute_references(const ObjectHandle& source, const ObjectHandle& c
     const ElementPlace from = place_of(open_attribute(source.get(), path, name), shown);
     if (!has_references(from.type)) continue;
     const ElementPlace to = place_of(open_attribute(copy.get(), path, name), shown);
-    const Selection all = resolve_slice({}, from.space, from.name);
-    if (all.elements() == 0) continue;
-    ElementBatch batch(from, all);
-    references.translate(from.type, batch.data(), batch.count());
-    write_elements(to, all, batch.data());
+    copy_elements(from, to, references);
   }
+}
+
+void copy_box(const ElementPlace& from, const ElementPlace& to, const Selection& box,
+              const ReferenceMap& references) {
+  BoxElements elements(from, box);
+  references.translate(from.type, elements.data(), elements.count());
+  write_elements(to, box, elements.data());
 }
 
 }  // namespace
@@ -162,6 +159,18 @@ void copy_references(hid_t from_file, const std::string& from, hid_t to_file, co
     copy_attribute_references(open_object(from_file, source), open_object(to_file, copy), copy,
                               references);
   }
+}
+
+void copy_elements(const ElementPlace& from, const ElementPlace& to,
+                   const ReferenceMap& references) {
+  if (from.attribute) {
+    const Selection all = resolve_slice({}, from.space, from.name);
+    if (all.elements() > 0) copy_box(from, to, all, references);
+    return;
+  }
+  BoxWalk walk(from.space, chunk_of(to.dataset.get()), from.type.size);
+  Selection box;
+  while (walk.next(&box)) copy_box(from, to, box, references);
 }
 
 }  // namespace kelvo

@@ -12,6 +12,8 @@
 
 namespace kelvo {
 
+struct ElementPlace;
+
 /// Whether elements of the type are references, or hold some.
 bool has_references(const Type& type);
 
@@ -54,6 +56,11 @@ std::string joined(const std::string& path, const std::string& name);
 
 /// The objects at and below `path`, each once.
 std::vector<FoundObject> objects_below(hid_t file, const std::string& path);
+
+/// Writes all elements of a dataset or attribute into another one of the same kind, type and
+/// extents, a box at a time, the references in them translated.
+void copy_elements(const ElementPlace& from, const ElementPlace& to,
+                   const ReferenceMap& references);
 
 /// Writes the values of all references in the objects to their copies; the HDF5 library's copying
 /// leaves them null or meaningless. `objects`: those below `from` before it was copied to `to`.

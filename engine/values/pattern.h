@@ -5,6 +5,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace kelvo {
@@ -12,6 +13,14 @@ namespace kelvo {
 /// Whether `text`, whole, is what the SQL pattern says: "%" any run of characters, "_" one
 /// character, `escape` (a byte, or none) takes from the character behind it its meaning.
 bool like(std::string_view pattern, std::string_view text, std::optional<char> escape = {});
+
+/// What stands behind LIKE.
+struct LikePattern {
+  std::string text;
+  std::optional<char> escape;
+
+  [[nodiscard]] bool matches(std::string_view whole) const { return like(text, whole, escape); }
+};
 
 /// Whether `path`, whole, is what the shell pattern says: "*" any run without "/", "?" one
 /// character but "/", "[a-z]" or "[!a-z]" one of a set, "\" takes from the character behind it its

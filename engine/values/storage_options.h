@@ -22,8 +22,8 @@ enum FilterId : unsigned {
   scaleoffset_id = 6,
 };
 
-/// One filter of the pipeline. As written, DEFLATE and SCALEOFFSET have one value,
-/// FILTER any number and the others none; in a file some have more.
+/// One filter of the pipeline. As written, DEFLATE and SCALEOFFSET have one value, FILTER any
+/// number and the others none; in a file some have more.
 struct Filter {
   unsigned id = 0;  // the number that the HDF5 library registers it under
   std::vector<unsigned> values;

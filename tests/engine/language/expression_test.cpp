@@ -39,7 +39,7 @@ std::string written(const Expression& expression) {
     case Operation::in:
       return no + "in" + joined(expression, ",");
     case Operation::like:
-      return no + "like(" + written(expression.operands[0]) + ", " + expression.text + ")";
+      return no + "like(" + written(expression.operands[0]) + ", " + expression.pattern.text + ")";
     case Operation::is_nan:
       return no + "nan" + joined(expression, ",");
     case Operation::conjunction:

@@ -1,5 +1,5 @@
 // Reads a box at once.
-#include "storage/element_batch.h"
+#include "storage/box_elements.h"
 
 #include "storage/hyperslab.h"
 #include "storage/traffic.h"
@@ -7,7 +7,7 @@
 
 namespace kelvo {
 
-ElementBatch::ElementBatch(const ElementPlace& place, const Selection& box)
+BoxElements::BoxElements(const ElementPlace& place, const Selection& box)
     : place_(place), count_(box.elements()) {
   const std::unique_ptr<VaryingValues> varying = VaryingValues::of(place);
   traffic_read().add(count_, place.type.size);
@@ -22,14 +22,14 @@ ElementBatch::ElementBatch(const ElementPlace& place, const Selection& box)
   varying->resolve(stored.data(), count(), bytes_.data(), &values_);
 }
 
-ElementBatch::~ElementBatch() {
+BoxElements::~BoxElements() {
   if (is_ours_) return;
   const DataspaceHandle space(H5Screate_simple(1, &count_, nullptr));
   H5Dvlen_reclaim(place_.memory_type.get(), space.get(), H5P_DEFAULT, bytes_.data());
 }
 
-void ElementBatch::read(const ElementPlace& place, const Selection& box,
-                        std::vector<std::byte>* bytes) const {
+void BoxElements::read(const ElementPlace& place, const Selection& box,
+                       std::vector<std::byte>* bytes) const {
   bytes->resize(count() * place.type.size);
   if (place.attribute) return read_elements(place, H5S_ALL, H5S_ALL, bytes->data());
   const HyperslabSpaces spaces =

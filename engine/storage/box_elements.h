@@ -9,13 +9,13 @@
 
 namespace kelvo {
 
-class ElementBatch {
+class BoxElements {
  public:
-  /// Reads the elements; an attribute's whole. `place` must outlive the batch.
-  ElementBatch(const ElementPlace& place, const Selection& box);
-  ElementBatch(const ElementBatch&) = delete;
-  ElementBatch& operator=(const ElementBatch&) = delete;
-  ~ElementBatch();
+  /// Reads the elements; an attribute's whole. `place` must outlive it.
+  BoxElements(const ElementPlace& place, const Selection& box);
+  BoxElements(const BoxElements&) = delete;
+  BoxElements& operator=(const BoxElements&) = delete;
+  ~BoxElements();
 
   [[nodiscard]] std::byte* data() noexcept { return bytes_.data(); }
   [[nodiscard]] std::size_t count() const noexcept { return static_cast<std::size_t>(count_); }
