@@ -3,15 +3,38 @@
 from pathlib import Path
 
 import pytest
-from examples import read_page, run_page
+from examples import Example, read_page, run_page
+from help_texts import MENUS
 
 ROOT = Path(__file__).resolve().parents[2]
+# Their rows are those of the build, so that no page can show them.
+VERSIONS = {"SHOW KELVO VERSION", "SHOW HDF5 VERSION"}
+TOPICS = [keyword for rows in MENUS.values() for keyword, _ in rows[2]
+          if keyword not in MENUS and keyword not in {"DATA TYPE", "ALL"}]
 PAGES = [page for page in [ROOT / "README.md", *sorted(ROOT.glob("docs/**/*.md"))] if "```kelvo" in page.read_text()]
 
 
 @pytest.mark.parametrize("page", [pytest.param(page, id=str(page.relative_to(ROOT))) for page in PAGES])
 def test_examples_of_the_page_print_what_it_says(kelvo, page):
     run_page(kelvo, page.read_text())
+
+
+@pytest.fixture(scope="module")
+def shown_statements():
+    """All statements of the manual's examples, with single blanks."""
+    blocks = [block for page in ROOT.glob("docs/**/*.md") for block in read_page(page.read_text())]
+    return [" ".join(statement.upper().split()) for block in blocks if isinstance(block, Example)
+            for statement, _ in block.steps]
+
+
+@pytest.mark.parametrize("topic", [topic for topic in TOPICS if topic not in VERSIONS])
+def test_every_topic_of_help_has_an_example(shown_statements, topic):
+    assert any(f"{statement} ".startswith(f"{topic} ") for statement in shown_statements)
+
+
+@pytest.mark.parametrize("topic", sorted(VERSIONS))
+def test_versions_have_their_forms(topic):
+    assert f"    {topic} " in (ROOT / "docs/statements/show.md").read_text()
 
 
 # --- The runner itself ---
