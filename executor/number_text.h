@@ -11,6 +11,7 @@
 /// the largest double: a sign, 309 digits, the point and six digits; whole words are stored at its
 /// end.
 constexpr std::size_t number_text_room = 336;
+static_assert(number_text_room >= integer_text_room);
 
 /// Writes the number's text as the integers' functions do, within its own room.
 char* write_number(char* text, double value);

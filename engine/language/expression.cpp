@@ -303,11 +303,4 @@ const char* symbol_of(Arithmetic arithmetic) {
   return "";
 }
 
-const char* symbol_of(Comparison comparison) {
-  const auto* found =
-      std::find_if(comparisons.begin(), comparisons.end(),
-                   [comparison](const auto& one) { return one.meaning == comparison; });
-  return found == comparisons.end() ? "" : found->symbol.data();
-}
-
 }  // namespace kelvo

@@ -57,8 +57,7 @@ Expression parse_condition(Parser& parser, NameForm form);
 /// A value: a name, a literal, or arithmetic with them.
 Expression parse_value(Parser& parser, NameForm form);
 
-/// The operator as it is written: "+", "<=".
+/// The operator as it is written.
 const char* symbol_of(Arithmetic arithmetic);
-const char* symbol_of(Comparison comparison);
 
 }  // namespace kelvo

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "query/sort_key.h"
+#include "values/flatten.h"
 
 namespace kelvo {
 namespace {
@@ -41,14 +42,13 @@ Sorted::Sorted(QueryRunPointer run, std::uint64_t wanted)
 
 bool Sorted::next(Elements& elements) {
   if (!is_read_) read();
-  parts_.clear();
+  parts_.restart();
   const std::size_t size = type().size;
   const std::size_t most = std::max<std::size_t>(1, block_bytes / size);
   bytes_.resize(most * size);
   std::size_t count = 0;
   std::string_view payload;
-  while (count < most && sorter_.next(&payload))
-    unpack_one(payload, bytes_.data() + count++ * size);
+  while (count < most && sorter_.next(&payload)) restore(payload, bytes_.data() + count++ * size);
   bytes_.resize(count * size);
   elements = {bytes_.data(), count, is_varying_ ? nullptr : &bytes_};
   return count > 0;
@@ -77,7 +77,7 @@ void Sorted::add_batch(const Batch& batch, const Mask* selected) {
   const std::byte* element = bytes_.data();
   for (std::size_t i = 0; i < batch.count; ++i) {
     if (selected[i] == 0) continue;
-    sorter_.add(key_of(i), packed(element));
+    sorter_.add(key_of(i), payload_of(element));
     element += type().size;
   }
 }
@@ -93,16 +93,17 @@ SortKey Sorted::key_of(std::size_t i) {
   return {number_of(whole), whole.substr(std::min(whole.size(), sizeof(std::uint64_t)))};
 }
 
-std::string_view Sorted::packed(const std::byte* element) {
+std::string_view Sorted::payload_of(const std::byte* element) {
   if (!is_varying_) return {reinterpret_cast<const char*>(element), type().size};
   payload_.clear();
-  append_packed(type(), element, &payload_);
-  return payload_;
+  flatten(type(), element, &payload_);
+  return {reinterpret_cast<const char*>(payload_.data()), payload_.size()};
 }
 
-void Sorted::unpack_one(std::string_view payload, std::byte* element) {
+void Sorted::restore(std::string_view payload, std::byte* element) {
   if (is_varying_) {
-    unpack(type(), payload.data(), element, &parts_);
+    FlatBytes bytes(reinterpret_cast<const std::byte*>(payload.data()));
+    unflatten(type(), bytes, element, &parts_);
   } else {
     copy_record(reinterpret_cast<char*>(element), payload.data(), payload.size());
   }

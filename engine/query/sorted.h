@@ -10,7 +10,7 @@
 #include "query/element_source.h"
 #include "query/query_run.h"
 #include "query/sorter.h"
-#include "values/pack.h"
+#include "values/arena.h"
 
 namespace kelvo {
 
@@ -26,8 +26,8 @@ class Sorted : public ElementSource {
   void read();
   void add_batch(const Batch& batch, const Mask* selected);
   SortKey key_of(std::size_t i);
-  std::string_view packed(const std::byte* element);
-  void unpack_one(std::string_view payload, std::byte* element);
+  std::string_view payload_of(const std::byte* element);
+  void restore(std::string_view payload, std::byte* element);
 
   QueryRunPointer run_;
   std::vector<OperandPointer> keys_;
@@ -37,9 +37,9 @@ class Sorted : public ElementSource {
   std::vector<const void*> columns_;               // of the keys of a batch
   std::array<std::uint64_t, batch_size> numbers_;  // of its first keys, where they are numbers
   std::string key_;
-  std::string payload_;
+  std::vector<std::byte> payload_;
   std::vector<std::byte> bytes_;
-  PartMemory parts_;
+  Arena parts_;
 };
 
 }  // namespace kelvo

@@ -82,7 +82,7 @@ class CheckedElements {
 
   // The next elements; good until the next call.
   const std::byte* take(std::size_t count) {
-    parts_.clear();
+    parts_.restart();
     bytes_.resize(count * type_.size);
     if (!type_.has_varying_parts()) {
       reader_.read(bytes_.data(), bytes_.size());
@@ -111,7 +111,7 @@ class CheckedElements {
   SpoolReader reader_{spool_};
   Extent count_ = 0;
   std::vector<std::byte> bytes_;
-  VaryingParts parts_;
+  Arena parts_;
 };
 
 void expect_count(Extent given, Extent wanted) {

@@ -187,12 +187,6 @@ AttributeHandle open_attribute(hid_t object, const std::string& path, const std:
   }));
 }
 
-void expect_free(hid_t file, const std::string& path, const std::string& what) {
-  if (kind_at(file, path) != ObjectKind::none) {
-    throw StatementError(Status::exists_already, what + " " + quoted(path) + " already exists");
-  }
-}
-
 PropertyHandle making_parents() {
   const auto what = [] { return std::string("Links cannot be made"); };
   PropertyHandle list(check_id(H5Pcreate(H5P_LINK_CREATE), what));

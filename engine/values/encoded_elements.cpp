@@ -43,11 +43,6 @@ void EncodedElements::append(const Literal& literal) {
   ++count_;
 }
 
-void EncodedElements::append_zeros() {
-  bytes_.resize(bytes_.size() + type_->size);
-  ++count_;
-}
-
 void EncodedElements::put(const Type& type, std::size_t offset, const Literal& literal) {
   encode(type, literal, place(offset));
 }

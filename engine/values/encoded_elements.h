@@ -24,8 +24,6 @@ class EncodedElements {
   [[nodiscard]] const std::byte* data() const noexcept { return bytes_.data(); }
   [[nodiscard]] std::size_t count() const noexcept { return count_; }
 
-  /// Appends one element of zeros, to be filled by put.
-  void append_zeros();
   /// Fills the part of the last element that is at `offset` and of the type.
   void put(const Type& type, std::size_t offset, const Literal& literal);
   /// The last element's byte at `offset`.

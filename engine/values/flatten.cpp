@@ -46,31 +46,31 @@ void append_parts(const Type& type, const std::byte* element, std::vector<std::b
     append_parts(member.type, element + member.offset, bytes);
 }
 
-void read_parts(const Type& type, FlatInput& input, std::byte* element, VaryingParts* parts);
+void read_parts(const Type& type, FlatInput& input, std::byte* element, Arena* parts);
 
-void read_text(FlatInput& input, std::byte* element, VaryingParts* parts) {
+void read_text(FlatInput& input, std::byte* element, Arena* parts) {
   std::size_t size = 0;
   input.read(reinterpret_cast<std::byte*>(&size), sizeof size);
   const void* text = nullptr;
   if (size > 0) {
-    std::vector<std::byte>& part = parts->emplace_back(size);
-    input.read(part.data(), size);
-    text = part.data();
+    std::byte* part = parts->take(size);
+    input.read(part, size);
+    text = part;
   }
   std::memcpy(element, &text, sizeof text);
 }
 
-void read_sequence(const Type& base, FlatInput& input, std::byte* element, VaryingParts* parts) {
+void read_sequence(const Type& base, FlatInput& input, std::byte* element, Arena* parts) {
   SequenceInMemory sequence{};
   std::memcpy(&sequence, element, sizeof sequence);
-  std::vector<std::byte>& part = parts->emplace_back(sequence.count * base.size);
+  std::byte* items = parts->take_aligned(sequence.count * base.size);
   for (std::size_t i = 0; i < sequence.count; ++i)
-    unflatten(base, input, part.data() + i * base.size, parts);
-  sequence.items = part.data();
+    unflatten(base, input, items + i * base.size, parts);
+  sequence.items = items;
   std::memcpy(element, &sequence, sizeof sequence);
 }
 
-void read_parts(const Type& type, FlatInput& input, std::byte* element, VaryingParts* parts) {
+void read_parts(const Type& type, FlatInput& input, std::byte* element, Arena* parts) {
   if (!type.has_varying_parts()) return;
   if (type.kind == Kind::varying_text) read_text(input, element, parts);
   if (type.kind == Kind::sequence) read_sequence(type.base[0], input, element, parts);
@@ -90,7 +90,12 @@ void flatten(const Type& type, const std::byte* element, std::vector<std::byte>*
   append_parts(type, element, bytes);
 }
 
-void unflatten(const Type& type, FlatInput& input, std::byte* element, VaryingParts* parts) {
+void FlatBytes::read(std::byte* bytes, std::size_t size) {
+  std::memcpy(bytes, next_, size);
+  next_ += size;
+}
+
+void unflatten(const Type& type, FlatInput& input, std::byte* element, Arena* parts) {
   input.read(element, type.size);
   read_parts(type, input, element, parts);
 }

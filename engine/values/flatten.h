@@ -3,9 +3,9 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
 #include <vector>
 
+#include "values/arena.h"
 #include "values/type.h"
 
 namespace kelvo {
@@ -21,10 +21,17 @@ class FlatInput {
   virtual void read(std::byte* bytes, std::size_t size) = 0;
 };
 
-/// Memory for varying parts; a deque never moves what it holds.
-using VaryingParts = std::deque<std::vector<std::byte>>;
+/// Bytes in memory, which must outlive it.
+class FlatBytes : public FlatInput {
+ public:
+  explicit FlatBytes(const std::byte* bytes) : next_(bytes) {}
+  void read(std::byte* bytes, std::size_t size) override;
+
+ private:
+  const std::byte* next_;
+};
 
 /// The reverse: fills `element`, its varying parts in `parts`.
-void unflatten(const Type& type, FlatInput& input, std::byte* element, VaryingParts* parts);
+void unflatten(const Type& type, FlatInput& input, std::byte* element, Arena* parts);
 
 }  // namespace kelvo

@@ -22,6 +22,8 @@ T load(const std::byte* element) {
 }
 
 // The smaller integers are written as those of 32 bits.
+static_assert(number_room >= integer_text_room);
+
 template <typename T>
 char* write_integer(T value, char* text) {
   using Word = std::conditional_t<std::is_signed_v<T>, std::int32_t, std::uint32_t>;
@@ -99,7 +101,7 @@ struct DirectText {
   std::string* text;
 
   static bool is_value(const Type& /*type*/) { return false; }
-  void add_constant(std::string_view constant) { *text += constant; }
+  void add_constant(std::string_view constant) const { *text += constant; }
   void add_value(const Type& type, std::size_t offset) {
     append_nested(type, element + offset, namer, text);
   }

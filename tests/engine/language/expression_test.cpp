@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <string>
 
 #include "error.h"
@@ -20,6 +21,9 @@ std::string joined(const Expression& expression, const std::string& symbol) {
   return text + ")";
 }
 
+// By the numbers of the comparisons.
+constexpr std::array symbols = {"=", "<>", "<", "<=", ">", ">="};
+
 // The expression with all its parentheses.
 std::string written(const Expression& expression) {
   const std::string no = expression.negated ? "not " : "";
@@ -33,7 +37,7 @@ std::string written(const Expression& expression) {
     case Operation::arithmetic:
       return joined(expression, symbol_of(expression.arithmetic));
     case Operation::comparison:
-      return joined(expression, symbol_of(expression.comparison));
+      return joined(expression, symbols[static_cast<std::size_t>(expression.comparison)]);
     case Operation::between:
       return no + "between" + joined(expression, ",");
     case Operation::in:
