@@ -12,6 +12,7 @@
 #include "storage/hyperslab.h"
 #include "storage/object.h"
 #include "storage/sources.h"
+#include "storage/stored_type.h"
 #include "storage/traffic.h"
 #include "storage/varying_values.h"
 
@@ -70,11 +71,18 @@ void check_size(const ElementPlace& place) {
                        damaged(place) + "the sizes in its type do not fit together");
 }
 
-[[noreturn]] void fail_stored(const ElementPlace& place, hsize_t stored) {
-  throw StatementError(Status::hdf5_refused,
-                       damaged(place) + "it stores " + std::to_string(stored) + " bytes of " +
-                           std::to_string(place.space.elements()) + " elements of " +
-                           std::to_string(place.type.file_size));
+// The size of an element as it lies in the file.
+std::size_t stored_size(const ElementPlace& place) {
+  if (place.type.is_self_contained()) return std::max<std::size_t>(1, place.type.file_size);
+  const std::size_t address_bytes = address_bytes_of(place.dataset.get());
+  return H5Tget_size(stored_datatype(place.file_type.get(), address_bytes).get());
+}
+
+[[noreturn]] void fail_stored(const ElementPlace& place, hsize_t stored, std::size_t element) {
+  throw StatementError(Status::hdf5_refused, damaged(place) + "it stores " +
+                                                 std::to_string(stored) + " bytes of " +
+                                                 std::to_string(place.space.elements()) +
+                                                 " elements of " + std::to_string(element));
 }
 
 // Contiguous data must end before the file does; the HDF5 library would give zeros for the rest.
@@ -89,17 +97,25 @@ void check_inside_file(const ElementPlace& place, haddr_t begin, hsize_t size) {
                                                  " on go beyond the end of the file");
 }
 
+// Not where it was never written, or is in other files. Its offset does not tell: with a user block
+// the library gives a number for those, too.
+bool lies_in_file(hid_t dataset, hid_t creation) {
+  H5D_space_status_t status = H5D_SPACE_STATUS_ERROR;
+  return H5Dget_space_status(dataset, &status) >= 0 && status != H5D_SPACE_STATUS_NOT_ALLOCATED &&
+         H5Pget_external_count(creation) <= 0;
+}
+
 void check_stored(const ElementPlace& place) {
   const hid_t dataset = place.dataset.get();
   const PropertyHandle creation(
       check_id(H5Dget_create_plist(dataset), [&place] { return cannot_read(place); }));
   const H5D_layout_t layout = H5Pget_layout(creation.get());
   if (layout != H5D_COMPACT && layout != H5D_CONTIGUOUS) return;
+  if (layout == H5D_CONTIGUOUS && !lies_in_file(dataset, creation.get())) return;
   const haddr_t begin = layout == H5D_CONTIGUOUS ? H5Dget_offset(dataset) : 0;
-  if (begin == HADDR_UNDEF) return;  // not written yet, or in other files
   const hsize_t size = H5Dget_storage_size(dataset);
-  const std::size_t element = std::max<std::size_t>(1, place.type.file_size);
-  if (size / element < place.space.elements()) fail_stored(place, size);
+  const std::size_t element = stored_size(place);
+  if (size / element < place.space.elements()) fail_stored(place, size, element);
   if (layout == H5D_CONTIGUOUS) check_inside_file(place, begin, size);
 }
 

@@ -4,11 +4,15 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "storage/check.h"
+#include "storage/global_heap.h"
+#include "values/bits.h"
 
 namespace kelvo {
 namespace {
@@ -80,11 +84,27 @@ class ReferenceNames {
     return address;
   }
 
-  [[nodiscard]] haddr_t address_in_heap(const std::byte* reference) const {
+  [[nodiscard]] haddr_t address_in_heap(const std::byte* reference) {
+    check_heap(reference);
     const ObjectHandle object = object_of_region(file_, reference);
     H5O_info_t info;
     return object && H5Oget_info2(object.get(), &info, H5O_INFO_BASIC) >= 0 ? info.addr
                                                                             : HADDR_UNDEF;
+  }
+
+  // The library takes the region out of the heap without looking at its size.
+  void check_heap(const std::byte* reference) {
+    if (!heap_) {
+      std::optional<FileBytes> bytes = FileBytes::of(file_);
+      if (!bytes) return;
+      heap_.emplace(std::move(*bytes), "A region reference");
+    }
+    const std::size_t address_bytes = heap_->file().address_bytes();
+    const HeapPlace place{load_integer(reference, address_bytes, ByteOrder::little, false),
+                          static_cast<std::uint32_t>(load_integer(reference + address_bytes, 4,
+                                                                  ByteOrder::little, false))};
+    const std::size_t least = address_bytes + 4;  // the object's address, and the kind of selection
+    if (heap_->find(place).size < least) heap_->find(place, least);
   }
 
   void walk() {
@@ -104,6 +124,7 @@ class ReferenceNames {
   hid_t file_;
   Names names_;
   bool walked_ = false;
+  std::optional<GlobalHeap> heap_;
 };
 
 }  // namespace

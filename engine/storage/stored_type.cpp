@@ -101,7 +101,25 @@ DatatypeHandle stored_compound(hid_t file_type, std::size_t address_bytes) {
   return compound;
 }
 
+// In memory these have room for an address of 8 bytes.
+DatatypeHandle stored_object_reference(hid_t file_type, std::size_t address_bytes) {
+  if (address_bytes == sizeof(hobj_ref_t))
+    return DatatypeHandle(check_id(H5Tcopy(file_type), cannot_build));
+  const bool is_region = H5Tequal(file_type, H5T_STD_REF_DSETREG) > 0;
+  const std::size_t size = is_region ? address_bytes + 4 : address_bytes;
+  return DatatypeHandle(check_id(H5Tcreate(H5T_OPAQUE, size), cannot_build));
+}
+
 }  // namespace
+
+std::size_t address_bytes_of(hid_t object) {
+  const FileHandle file(check_id(H5Iget_file_id(object), cannot_build));
+  const PropertyHandle creation(check_id(H5Fget_create_plist(file.get()), cannot_build));
+  std::size_t address_bytes = 0;
+  std::size_t length_bytes = 0;
+  check_done(H5Pget_sizes(creation.get(), &address_bytes, &length_bytes), cannot_build);
+  return address_bytes;
+}
 
 DatatypeHandle stored_datatype(hid_t file_type, std::size_t address_bytes) {
   register_conversion();
@@ -111,6 +129,8 @@ DatatypeHandle stored_datatype(hid_t file_type, std::size_t address_bytes) {
     case H5T_STRING:
       if (H5Tis_variable_str(file_type) > 0) return reference_type(reference_bytes(address_bytes));
       break;
+    case H5T_REFERENCE:
+      return stored_object_reference(file_type, address_bytes);
     case H5T_ARRAY:
       return stored_array(file_type, address_bytes);
     case H5T_COMPOUND:

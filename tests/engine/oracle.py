@@ -89,7 +89,7 @@ class Element:
         if self.is_numeric:
             return self.number(value)
         if kind is h5py.h5t.TypeStringID:
-            return self.string(value)
+            return None if value is None else self.string(value)
         if kind in (h5py.h5t.TypeEnumID,):
             return self.enumerated(value)
         if kind is h5py.h5t.TypeReferenceID:
