@@ -180,6 +180,7 @@ Answer run_insert(Parser& parser, Session& session) {
   Insertion insertion = parse_insertion(parser);
   const Target target = session.find(insertion.name, Access::write);
   const ElementPlace place = open_place(target, session);
+  expect_values(place);
   if (place.space.is_null && !insertion.append)
     throw StatementError(Status::wrong_kind, place.name + " is of empty kind and takes no values");
   if (insertion.append) expect_growing(place, !insertion.slice.empty());

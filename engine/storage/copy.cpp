@@ -33,6 +33,7 @@ void keep_file_type(ElementPlace* place, const std::string& path) {
   if (has_references(place->type)) return;
   place->memory_type = transient(place->file_type.get(), path);
   place->type.size = H5Tget_size(place->memory_type.get());
+  place->unreadable.clear();
 }
 
 // --- how a dataset is stored ---

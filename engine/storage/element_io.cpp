@@ -125,6 +125,17 @@ std::size_t byte_count(Extent elements, std::size_t size) {
   return static_cast<std::size_t>(elements) * size;
 }
 
+// Values that no memory of ours can hold can still be described, and copied as they are.
+void find_memory_type(ElementPlace& place) {
+  try {
+    place.memory_type = memory_datatype(place.type, place.file_type.get());
+  } catch (const StatementError& error) {
+    const std::string reason = cannot_read(place) + ": " + error.what();
+    if (error.status() != Status::not_available) throw StatementError(error.status(), reason);
+    place.unreadable = reason;
+  }
+}
+
 ElementPlace described(ElementPlace place, hid_t space, hid_t file_type) {
   const DataspaceHandle owned_space(space);
   place.file_type = DatatypeHandle(file_type);
@@ -133,14 +144,10 @@ ElementPlace described(ElementPlace place, hid_t space, hid_t file_type) {
   check_id(file_type, what);
   place.space = describe_space(space);
   place.type = describe_datatype(file_type);
-  try {
-    place.memory_type = memory_datatype(place.type, file_type);
-  } catch (const StatementError& error) {
-    throw StatementError(error.status(), cannot_read(place) + ": " + error.what());
-  }
+  find_memory_type(place);
   check_maximum(place);
   check_countable(place);
-  check_size(place);
+  if (place.unreadable.empty()) check_size(place);
   if (place.dataset) check_stored(place);
   return place;
 }
@@ -162,6 +169,7 @@ void choose(const ElementPlace& place, const Selection& selection,
 
 void read_elements(const ElementPlace& place, hid_t memory_space, hid_t file_space,
                    std::byte* bytes) {
+  expect_values(place);
   const hid_t type = place.memory_type.get();
   const herr_t result = place.dataset ? H5Dread(place.dataset.get(), type, memory_space, file_space,
                                                 H5P_DEFAULT, bytes)
@@ -188,8 +196,13 @@ ElementPlace place_of(AttributeHandle attribute, std::string name) {
 }
 
 void read_only_members(ElementPlace& place, Type type) {
-  place.memory_type = memory_datatype(type, place.file_type.get());
   place.type = std::move(type);
+  place.unreadable.clear();
+  find_memory_type(place);
+}
+
+void expect_values(const ElementPlace& place) {
+  if (!place.unreadable.empty()) throw StatementError(Status::not_available, place.unreadable);
 }
 
 void ElementBlock::release() noexcept {
@@ -208,7 +221,9 @@ void ElementBlock::release() noexcept {
 ElementReader::ElementReader(const ElementPlace& place, Selection selection)
     : place_(place),
       selection_(std::move(selection)),
-      walk_(selection_, elements_at_once(place, selection_, block_bytes)) {}
+      walk_(selection_, elements_at_once(place, selection_, block_bytes)) {
+  expect_values(place);
+}
 
 ElementReader::~ElementReader() = default;
 

@@ -23,6 +23,7 @@ struct ElementPlace {
   std::string name;  // as messages show it: `Dataset "/x"`
   DatatypeHandle file_type;
   DatatypeHandle memory_type;
+  std::string unreadable;  // why its values are neither read nor written; "" where they are
   Type type;
   Space space;
   int threads =
@@ -108,5 +109,8 @@ class ElementReader {
 
 /// Writes all elements of the selection; `bytes` holds them as place.type lays them out.
 void write_elements(const ElementPlace& place, const Selection& selection, const std::byte* bytes);
+
+/// Throws where the place's values can only be described and copied.
+void expect_values(const ElementPlace& place);
 
 }  // namespace kelvo

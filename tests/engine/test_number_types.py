@@ -1,5 +1,7 @@
 """Numbers of every type show as h5py reads them; types that h5py cannot read are made of bytes known here."""
 
+import subprocess
+
 import h5py
 import numpy as np
 import pytest
@@ -88,6 +90,33 @@ def test_integers_of_more_than_64_bits_are_an_error_and_no_wrong_number(kelvo):
     for name in "xy":
         assert kelvo.error(f"SELECT * FROM {name} IN raw.h5") == (
             -7, f'Dataset "/{name}" cannot be read: it has integers of 128 bits, this engine reads up to 64')
+
+
+def test_integers_of_more_than_64_bits_are_described_and_copied(kelvo):
+    type_id = h5t.STD_I64BE.copy()
+    type_id.set_size(16)
+    type_id.set_precision(128)
+    with h5py.File(kelvo.path("raw.h5"), "w") as file:
+        group = file.create_group("g")
+        write_raw(group, "x", type_id, (2 ** 90).to_bytes(16, "big") + (3).to_bytes(16, "big"), 2)
+        h5py.h5a.create(group["x"].id, b"a", type_id, h5py.h5s.create(h5py.h5s.SCALAR))
+        pair = h5t.create(h5t.COMPOUND, 20)
+        pair.insert(b"wide", 0, type_id)
+        pair.insert(b"n", 16, h5t.STD_I32LE)
+        write_raw(group, "pair", pair, (2 ** 90).to_bytes(16, "big") + (7).to_bytes(4, "little"))
+    assert kelvo.rows("USE FILE raw.h5", "SHOW DIMENSION g/x", "SHOW SIZE g/x", "SHOW ENDIANNESS g/x@a", "SHOW MEMBER g/pair",
+                      "SHOW STORAGE TYPE g/x", "SELECT n FROM g/pair") == [
+                          "2", "32", "BIG ENDIAN", "wide", "n", "CONTIGUOUS", "7"]
+    message = 'cannot be read: it has integers of 128 bits, this engine reads up to 64'
+    assert kelvo.error("SELECT * FROM g/x@a IN raw.h5") == (-7, f'Attribute "/g/x@a" {message}')
+    assert kelvo.error("SELECT SUM(VALUE) FROM g/x IN raw.h5") == (-7, f'Dataset "/g/x" {message}')
+    assert kelvo.error("SELECT * FROM g/pair IN raw.h5") == (-7, f'Dataset "/g/pair" {message}')
+    assert kelvo.error("INSERT INTO g/x IN raw.h5 VALUES (1)") == (-7, f'Dataset "/g/x" {message}')
+    kelvo.rows("CREATE FILE b.h5", "USE FILE raw.h5", "COPY GROUP g TO g IN b.h5", "COPY DATASET g/x TO y IN b.h5 CHUNK [1]",
+               "COPY FILE raw.h5 TO packed.h5 REPACK")
+    for name, path in (("b.h5", "g/x"), ("b.h5", "y"), ("packed.h5", "g/x")):
+        compared = subprocess.run(["h5diff", "raw.h5", name, "/g/x", path], cwd=kelvo.folder, capture_output=True, text=True)
+        assert (compared.returncode, compared.stdout, compared.stderr) == (0, "", "")
 
 
 @pytest.mark.parametrize("dtype", ["<f2", ">f2", "<f4", ">f4", "<f8", ">f8", np.longdouble])
