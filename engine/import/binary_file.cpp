@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "error.h"
+#include "import/column_order.h"
 #include "import/host_file.h"
 #include "import/npy_header.h"
 #include "values/bits.h"
@@ -116,9 +117,14 @@ bool is_as_in_memory(const Type& type) {
 class BinaryStream : public ElementStream {
  public:
   // `from` describes the elements in the file, which stands at the first of them. `wanted`: how
-  // many there must be, where the file says so.
-  BinaryStream(std::string path, HostFile file, Type from, std::optional<std::uint64_t> wanted)
-      : path_(std::move(path)), file_(std::move(file)), from_(std::move(from)), wanted_(wanted) {}
+  // many there must be, where the file says so. `columns`: where they are not in C order.
+  BinaryStream(std::string path, HostFile file, Type from, std::optional<std::uint64_t> wanted,
+               std::optional<ColumnOrder> columns = std::nullopt)
+      : path_(std::move(path)),
+        file_(std::move(file)),
+        from_(std::move(from)),
+        wanted_(wanted),
+        columns_(std::move(columns)) {}
 
   void read_all(const Type& type, const Taker& take) override {
     EncodedElements block(type);
@@ -144,8 +150,11 @@ class BinaryStream : public ElementStream {
     const std::size_t most = std::max<std::size_t>(1, block_bytes / from_.size);
     const std::uint64_t count = std::min<std::uint64_t>(most, wanted_ ? *wanted_ - read_ : most);
     bytes_.resize(static_cast<std::size_t>(count) * from_.size);
-    const std::size_t got = std::fread(bytes_.data(), 1, bytes_.size(), file_.get());
+    const std::size_t got = columns_ ? columns_->read(bytes_.data(), bytes_.size())
+                                     : std::fread(bytes_.data(), 1, bytes_.size(), file_.get());
     if (got < bytes_.size() && std::ferror(file_.get()) != 0) refuse_host_file(path_);
+    if (columns_ && got < bytes_.size())
+      fail("It ends before the last of the elements that its header says");
     if (got % from_.size != 0)
       fail("It ends within an element of " + std::to_string(from_.size) + " bytes");
     read_ += got / from_.size;
@@ -171,6 +180,7 @@ class BinaryStream : public ElementStream {
   HostFile file_;
   Type from_;
   std::optional<std::uint64_t> wanted_;
+  std::optional<ColumnOrder> columns_;
   std::vector<std::byte> bytes_;
   std::uint64_t read_ = 0;
   std::uint64_t done_ = 0;
@@ -201,6 +211,21 @@ std::uint64_t element_count(const std::vector<std::uint64_t>& shape, const std::
   return count;
 }
 
+std::optional<ColumnOrder> column_order(std::FILE* file, const NpyArray& array,
+                                        const std::string& path) {
+  if (!array.columns_first) return std::nullopt;
+  const std::uint64_t row =
+      element_count(array.shape, path) / std::max<std::uint64_t>(1, array.shape[0]);
+  if (row > ColumnOrder::budget / array.type.size) {
+    fail_in_file(path, 0, 0,
+                 StatementError(Status::not_available,
+                                "It is in Fortran order with more than " +
+                                    std::to_string(ColumnOrder::budget >> 20U) +
+                                    " MiB for each first index (save it with order='C')"));
+  }
+  return ColumnOrder(file, array.shape, array.type.size);
+}
+
 // The type as .bin files hold it: little endian, text filled up with null bytes.
 Type in_bytes(Type type) {
   type.order = ByteOrder::little;
@@ -215,9 +240,11 @@ Type in_bytes(Type type) {
 std::unique_ptr<ElementStream> open_npy(const std::string& path, const Type& type) {
   HostFile file = open_host_file(path);
   NpyArray array = read_npy_header(file.get(), path);
+  std::optional<ColumnOrder> columns = column_order(file.get(), array, path);
   take_array(type, &array);
   const std::uint64_t count = element_count(array.shape, path);
-  return std::make_unique<BinaryStream>(path, std::move(file), std::move(array.type), count);
+  return std::make_unique<BinaryStream>(path, std::move(file), std::move(array.type), count,
+                                        std::move(columns));
 }
 
 std::unique_ptr<ElementStream> open_bin(const std::string& path, const Type& type) {

@@ -152,7 +152,23 @@ bool is_reasonable(const std::vector<std::uint64_t>& extents, std::uint64_t size
 
 Type parse_type(HeaderReader& header, std::size_t depth);
 
-// [('a', '<i4'), ('v', '<f8', (3,))]
+// 'a', or with a title: ('Title', 'a')
+std::string parse_member_name(HeaderReader& header) {
+  const bool titled = header.accept('(');
+  std::string name = header.quoted_text();
+  if (!titled) return name;
+  header.expect(',');
+  name = header.quoted_text();
+  header.expect(')');
+  return name;
+}
+
+// NumPy writes the gaps that alignment leaves as members without a name.
+bool is_gap(const Member& member) {
+  return member.name.empty() && member.type.kind == Kind::opaque;
+}
+
+// [('a', '<i4'), ('v', '<f8', (3,)), ('', '|V4')]
 Type structured_type(HeaderReader& header, std::size_t depth) {
   if (depth > deepest) header.fail("its type is nested too deeply");
   Type type;
@@ -161,7 +177,7 @@ Type structured_type(HeaderReader& header, std::size_t depth) {
   while (!header.accept(']')) {
     header.expect('(');
     Member member;
-    member.name = header.quoted_text();
+    member.name = parse_member_name(header);
     header.expect(',');
     member.type = parse_type(header, depth + 1);
     if (header.accept(',')) {
@@ -174,7 +190,7 @@ Type structured_type(HeaderReader& header, std::size_t depth) {
     member.offset = member.file_offset = type.size;
     type.size += member.type.size;
     check_size(header, type);
-    type.members.push_back(std::move(member));
+    if (!is_gap(member)) type.members.push_back(std::move(member));
   }
   check_size(header, type);
   type.file_size = type.size;
@@ -222,9 +238,7 @@ NpyArray read_npy_header(std::FILE* file, const std::string& path) {
   header.go_to("shape");
   array.shape = parse_tuple(header);
   header.go_to("fortran_order");
-  // In one dimension both orders are the same.
-  if (!header.accept_word("False") && array.shape.size() > 1)
-    header.fail("it is in Fortran order (save it with order='C')");
+  array.columns_first = !header.accept_word("False") && array.shape.size() > 1;
   header.go_to("descr");
   array.type = parse_type(header, 0);
   return array;

@@ -15,10 +15,11 @@ namespace kelvo {
 struct NpyArray {
   Type type;
   std::vector<std::uint64_t> shape;
+  bool columns_first = false;  // Fortran order; never of one dimension, where both are the same
 };
 
 /// Reads the header at the start of `file` and leaves the file at its first element. Throws
-/// StatementError where the file is no .npy file, or one of a type or order that is not read.
+/// StatementError where the file is no .npy file, or one of a type that is not read.
 NpyArray read_npy_header(std::FILE* file, const std::string& path);
 
 /// An array of elements of the type, one after the other.

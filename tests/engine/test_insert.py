@@ -198,11 +198,73 @@ def test_bad_files_change_nothing(file, name, path, content, status, message):
     assert file.path("a.h5").read_bytes() == before
 
 
-def test_fortran_order_of_a_matrix_is_refused(file):
+@pytest.mark.parametrize("values", [
+    np.arange(6, dtype=">i2").reshape(3, 2), np.arange(24, dtype="f4").reshape(2, 3, 4), np.ones((3, 0)), np.zeros((0, 2)),
+    np.arange(12).astype("S3").reshape(4, 3), np.array([[(1, 2.5), (3, 4.5)], [(5, 6.5), (7, 8.5)]], "<i4,>f8"),
+    np.arange(120, dtype="u1").reshape(1, 2, 3, 4, 5), np.arange(7.0).reshape(7, 1)], ids=lambda values: str(values.shape))
+def test_numpy_fortran_order(kelvo, values):
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made.create_dataset("x", values.shape, values.dtype)
+    np.save(kelvo.path("v.npy"), np.asfortranarray(values))
+    assert values.size < 2 or 1 in values.shape[1:] or b"'fortran_order': True" in kelvo.path("v.npy").read_bytes()
+    kelvo.rows("USE FILE a.h5", "INSERT INTO x FROM v.npy")
+    with h5py.File(kelvo.path("a.h5"), "r") as made:
+        assert (made["x"][()] == values).all()
+
+
+PADDED = np.dtype([("u", "i1"), ("w", ">f8")], align=True)
+
+
+@pytest.mark.parametrize("dtype", [
+    np.dtype([("a", "i1"), ("b", "f8"), ("c", "<i2")], align=True), np.dtype([(("A title", "a"), "i4"), ("b", "f4")]),
+    np.dtype([("a", "i1"), ("n", PADDED), ("v", PADDED, (2,))], align=True),
+    np.dtype({"names": ["late"], "formats": [">i4"], "offsets": [4], "itemsize": 12})], ids=["aligned", "title", "nested", "late"])
+def test_numpy_members_with_gaps_and_titles(kelvo, dtype):
+    values = np.zeros(3, dtype)
+    for i, name in enumerate(dtype.names):
+        inner = dtype[name].base.names
+        for part in inner or [None]:
+            (values[name][part] if part else values[name])[...] = np.arange(3).reshape([3] + [1] * (values[name].ndim - 1)) + i
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made.create_dataset("x", (3,), dtype)
+    np.save(kelvo.path("v.npy"), values)
+    kelvo.rows("USE FILE a.h5", "INSERT INTO x FROM v.npy")
+    with h5py.File(kelvo.path("a.h5"), "r") as made:
+        assert made["x"][()].astype(dtype).tolist().__repr__() == values.tolist().__repr__()
+
+
+def test_numpy_fortran_order_whose_elements_are_arrays(kelvo):
+    values = np.arange(24, dtype="i4").reshape(4, 2, 3)
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made.create_dataset("x", (4,), np.dtype(("i4", (2, 3))))
+    np.save(kelvo.path("v.npy"), np.asfortranarray(values))
+    kelvo.rows("USE FILE a.h5", "INSERT INTO x FROM v.npy")
+    with h5py.File(kelvo.path("a.h5"), "r") as made:
+        assert (made["x"][()] == values).all()
+
+
+def test_numpy_fortran_order_is_gathered_in_parts(kelvo):
+    values = np.random.default_rng(1).integers(0, 255, (9000, 8000), dtype="u1")
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made.create_dataset("x", values.shape, values.dtype)
+    np.save(kelvo.path("v.npy"), np.asfortranarray(values))
+    kelvo.rows("USE FILE a.h5", "INSERT INTO x FROM v.npy")
+    with h5py.File(kelvo.path("a.h5"), "r") as made:
+        assert (made["x"][()] == values).all()
+
+
+def test_numpy_fortran_order_that_cannot_be_read(file):
     np.save(file.path("v.npy"), np.asfortranarray(np.ones((3, 2))))
+    content = file.path("v.npy").read_bytes()
+    file.path("v.npy").write_bytes(content[:-3])
     answer = insert(file, "x FROM v.npy")
     assert (answer.status, answer.message) == (
-        -5, f'File "{file.path("v.npy")}": {NOT_NPY}it is in Fortran order (save it with order=\'C\')')
+        -6, f'File "{file.path("v.npy")}": It ends before the last of the elements that its header says')
+    file.path("v.npy").write_bytes(content.replace(b"(3, 2), }  ", b"(3, 9000000), }"))
+    answer = insert(file, "x FROM v.npy")
+    assert (answer.status, answer.message) == (
+        -7, f'File "{file.path("v.npy")}": It is in Fortran order with more than 64 MiB for each first index '
+            "(save it with order='C')")
 
 
 @pytest.mark.parametrize("rest, status, message", [
