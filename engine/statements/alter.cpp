@@ -8,9 +8,9 @@
 #include "session.h"
 #include "statements/family.h"
 #include "statements/names.h"
-#include "storage/check.h"
 #include "storage/chunk_cache.h"
 #include "storage/creation.h"
+#include "storage/growth.h"
 #include "storage/object.h"
 
 namespace kelvo {
@@ -77,23 +77,22 @@ Answer alter_dataset(Parser& parser, Session& session) {
   parser.expect_end();
   const Target target = session.find(name, Access::write);
   expect_dataset(target.file, target.path);
-  const auto what = [&target] { return "Dataset " + quoted(target.path) + " cannot be changed"; };
+  const std::string shown = "Dataset " + quoted(target.path);
   const DatasetHandle dataset =
       open_for_reading(target.file, target.path, session.settings().chunk_cache);
   // First: asking a virtual dataset for its extents would open the files of its sources.
   if (chunk_of(dataset.get()).empty()) {
     throw StatementError(Status::wrong_kind,
-                         "Dataset " + quoted(target.path) +
+                         shown +
                              " is not chunked, so its extents are fixed (COPY DATASET with CHUNK "
                              "stores it anew)");
   }
-  const DataspaceHandle dataspace(check_id(H5Dget_space(dataset.get()), what));
-  Space space = describe_space(dataspace.get());
+  Space space = space_of(dataset.get(), shown);
   check_rank(changes.size(), space.extents.size(), target.path);
   for (std::size_t d = 0; d < changes.size(); ++d)
     space.extents[d] = changed(space.extents[d], changes[d], space.maximum[d], d, target.path);
   if (!space.is_countable()) refuse(target.path, "would have more elements than can be counted");
-  check_done(H5Dset_extent(dataset.get(), space.extents.data()), what);
+  set_extents(dataset.get(), space.extents, shown);
   return nullptr;
 }
 

@@ -3,7 +3,8 @@
 
 #include <algorithm>
 
-#include "storage/check.h"
+#include "error.h"
+#include "storage/attribute.h"
 
 namespace kelvo {
 namespace {
@@ -31,16 +32,10 @@ std::optional<NamedValue> AttributeValues::find(const std::string& name) {
 }
 
 void AttributeValues::read(Value* value) const {
-  const auto what = [this, value] {
-    return "Attribute " + quoted(object_ + "@" + value->name) + " cannot be read";
-  };
-  // A link that leads nowhere has no attributes either.
-  if (H5Oexists_by_name(group_, object_.c_str(), H5P_DEFAULT) <= 0) return;
-  const char* name = value->name.c_str();
-  if (!check_answer(H5Aexists_by_name(group_, object_.c_str(), name, H5P_DEFAULT), what)) return;
-  AttributeHandle attribute(
-      check_id(H5Aopen_by_name(group_, object_.c_str(), name, H5P_DEFAULT, H5P_DEFAULT), what));
-  value->place = place_of(std::move(attribute), "Attribute " + quoted(object_ + "@" + value->name));
+  std::optional<AttributeHandle> attribute = find_attribute(group_, object_, value->name);
+  if (!attribute) return;
+  value->place =
+      place_of(std::move(*attribute), "Attribute " + quoted(object_ + "@" + value->name));
   if (value->place.space.elements() == 0) return;
   value->reader.emplace(value->place, first_element(value->place.space));
   value->reader->next(value->block);

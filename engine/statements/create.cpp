@@ -13,6 +13,7 @@
 #include "statements/family.h"
 #include "statements/names.h"
 #include "statements/values.h"
+#include "storage/attribute.h"
 #include "storage/creation.h"
 #include "storage/element_io.h"
 #include "storage/object.h"

@@ -8,7 +8,7 @@
 #include "session.h"
 #include "statements/family.h"
 #include "statements/names.h"
-#include "storage/check.h"
+#include "storage/attribute.h"
 #include "storage/listing.h"
 #include "storage/object.h"
 
@@ -140,23 +140,19 @@ Answer drop_in_file(Parser& parser, Session& session) {
 
 // --- attributes ---
 
-void delete_attribute(hid_t object, const std::string& path, const std::string& name) {
-  check_done(H5Adelete(object, name.c_str()),
-             [&] { return "Attribute " + quoted(path + "@" + name) + " cannot be dropped"; });
-}
-
 void drop_matching_attributes(const Target& target, const LikePattern& like, bool optional) {
   const ObjectHandle object = open_object(target.file, target.path);
   const std::vector<std::string> names = matching(attribute_names(object.get(), target.path), like);
   if (names.empty() && !optional) fail_no_match("attribute", like, target.path);
-  for (const std::string& name : names) delete_attribute(object.get(), target.path, name);
+  for (const std::string& name : names)
+    remove_attribute(object.get(), name, target.path + "@" + name);
 }
 
 void drop_one_attribute(const Target& target, bool optional) {
   const ObjectHandle object = open_object(target.file, target.path);
   if (optional && !has_attribute(object.get(), *target.attribute)) return;
   open_attribute(object.get(), target.path, *target.attribute);
-  delete_attribute(object.get(), target.path, *target.attribute);
+  remove_attribute(object.get(), *target.attribute, target.shown());
 }
 
 Answer drop_attribute(Parser& parser, Session& session) {

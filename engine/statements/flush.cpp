@@ -3,28 +3,21 @@
 
 #include "session.h"
 #include "statements/family.h"
-#include "storage/check.h"
+#include "storage/file.h"
 
 namespace kelvo {
 namespace {
 
-Answer flush(Parser& parser, Session& session, H5F_scope_t scope) {
+template <FlushScope scope>
+Answer flush(Parser& parser, Session& session) {
   parser.expect_end();
-  check_done(H5Fflush(session.file_in_use(Access::read), scope),
-             [] { return std::string("The file in use cannot be flushed"); });
+  flush_file(session.file_in_use(Access::read), scope);
   return nullptr;
 }
 
-Answer flush_global(Parser& parser, Session& session) {
-  return flush(parser, session, H5F_SCOPE_GLOBAL);
-}
-Answer flush_local(Parser& parser, Session& session) {
-  return flush(parser, session, H5F_SCOPE_LOCAL);
-}
-
 constexpr std::array forms = {
-    Form{"GLOBAL", flush_global},
-    Form{"LOCAL", flush_local},
+    Form{"GLOBAL", flush<FlushScope::global>},
+    Form{"LOCAL", flush<FlushScope::local>},
 };
 
 }  // namespace

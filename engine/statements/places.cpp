@@ -3,6 +3,7 @@
 
 #include "error.h"
 #include "session.h"
+#include "storage/attribute.h"
 
 namespace kelvo {
 

@@ -6,9 +6,8 @@
 #include "session.h"
 #include "statements/family.h"
 #include "statements/names.h"
-#include "storage/check.h"
+#include "storage/attribute.h"
 #include "storage/copy.h"
-#include "storage/creation.h"
 #include "storage/object.h"
 #include "storage/reference_copy.h"
 
@@ -64,7 +63,7 @@ ObjectName parse_new_attribute(Parser& parser, const ObjectName& old_name) {
   return name;
 }
 
-Answer rename_attribute(Parser& parser, Session& session) {
+Answer rename_attribute_statement(Parser& parser, Session& session) {
   const ObjectName old_name = parser.expect_attribute();
   parser.expect_keyword("TO");
   const ObjectName new_name = parse_new_attribute(parser, old_name);
@@ -75,14 +74,13 @@ Answer rename_attribute(Parser& parser, Session& session) {
   const ObjectHandle to_object = open_object(to.file, to.path);
   open_attribute(from_object.get(), from.path, *from.attribute);
   expect_free_attribute(to_object.get(), *to.attribute, to.shown());
-  const auto what = [&from] { return "Attribute " + quoted(from.shown()) + " cannot be renamed"; };
   if (from.path == to.path) {
-    check_done(H5Arename(from_object.get(), from.attribute->c_str(), to.attribute->c_str()), what);
+    rename_attribute(from_object.get(), *from.attribute, *to.attribute, from.shown());
     return nullptr;
   }
   copy_attribute({from_object.get(), *from.attribute, from.shown()},
                  {to_object.get(), *to.attribute, to.shown()}, ReferenceMap(from.file, to.file));
-  check_done(H5Adelete(from_object.get(), from.attribute->c_str()), what);
+  remove_attribute(from_object.get(), *from.attribute, from.shown());
   return nullptr;
 }
 
@@ -101,7 +99,7 @@ constexpr std::array forms = {
     Form{"FILE", rename_on_host<HostKind::file>},
     Form{"GROUP", rename_in_file<NameKind::group>},
     Form{"DATASET", rename_in_file<NameKind::dataset>},
-    Form{"ATTRIBUTE", rename_attribute},
+    Form{"ATTRIBUTE", rename_attribute_statement},
     Form{"LINK", rename_in_file<NameKind::link>},
     Form{"EXTERNAL LINK", rename_in_file<NameKind::external_link>},
 };

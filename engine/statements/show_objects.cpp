@@ -5,6 +5,7 @@
 #include "statements/listing_clauses.h"
 #include "statements/places.h"
 #include "statements/show.h"
+#include "storage/attribute.h"
 #include "storage/link.h"
 #include "storage/listing.h"
 #include "storage/object.h"

@@ -16,7 +16,6 @@ constexpr std::size_t chosen_chunk_bytes = std::size_t{256} * 1024;
 constexpr Extent most_chunk_bytes = 0xffffffff;      // the file format's limit
 constexpr Extent most_contiguous_bytes = INT64_MAX;  // what a file may have
 constexpr Extent most_compact_bytes = 65520;  // what an object's header takes, in 8-byte steps
-constexpr Extent most_header_bytes = 60000;   // of values for certain, beside name and type
 constexpr unsigned szip_block = 8;            // pixels; SZIP takes even numbers up to 32
 
 std::string cannot_set() { return "The storage of a dataset cannot be set"; }
@@ -29,15 +28,6 @@ std::string dataset(const std::string& path) { return "Dataset " + quoted(path);
 
 std::string counted(std::size_t count, const std::string& what) {
   return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
-Extent bytes_of(const std::vector<Extent>& extents, std::size_t element_size) {
-  Extent bytes = element_size;
-  for (const Extent extent : extents) {
-    if (extent != 0 && bytes > unlimited / extent) return unlimited;
-    bytes *= extent;
-  }
-  return bytes;
 }
 
 void check_chunk(const std::string& path, const Type& type, const Space& space,
@@ -225,32 +215,6 @@ DatasetHandle create_dataset(hid_t file, const std::string& path, hid_t file_typ
   return DatasetHandle(check_id(H5Dcreate2(file, path.c_str(), file_type, dataspace.get(),
                                            making_parents().get(), storage, H5P_DEFAULT),
                                 [&path] { return dataset(path) + " cannot be created"; }));
-}
-
-AttributeHandle create_attribute(hid_t object, const std::string& name, const std::string& shown,
-                                 const Type& type, const Space& space) {
-  const auto what = [&shown] { return "Attribute " + quoted(shown) + " cannot be created"; };
-  const PropertyHandle list(check_id(H5Pcreate(H5P_ATTRIBUTE_CREATE), what));
-  check_done(H5Pset_char_encoding(list.get(), H5T_CSET_UTF8), what);
-  const DatatypeHandle file_type = file_datatype(type);
-  const DataspaceHandle dataspace = make_space(space);
-  AttributeHandle attribute(
-      H5Acreate2(object, name.c_str(), file_type.get(), dataspace.get(), list.get(), H5P_DEFAULT));
-  const Extent bytes = bytes_of(space.extents, type.file_size);
-  if (!attribute && bytes > most_header_bytes) {
-    throw StatementError(Status::out_of_range,
-                         "Attribute " + quoted(shown) + " has " + std::to_string(bytes) +
-                             " bytes, more than its object takes (64 KiB; an object made "
-                             "after SET LIBRARY BOUNDS V18 LATEST takes more)");
-  }
-  check_id(attribute.get(), what);
-  return attribute;
-}
-
-void expect_free_attribute(hid_t object, const std::string& name, const std::string& shown) {
-  if (has_attribute(object, name)) {
-    throw StatementError(Status::exists_already, "Attribute " + quoted(shown) + " already exists");
-  }
 }
 
 }  // namespace kelvo

@@ -1,4 +1,4 @@
-// Making datasets and attributes.
+// Making datasets.
 #pragma once
 
 #include <string>
@@ -24,13 +24,6 @@ DatasetHandle create_dataset(hid_t file, const std::string& path, const Type& ty
 /// The same of a type and a storage made elsewhere.
 DatasetHandle create_dataset(hid_t file, const std::string& path, hid_t file_type,
                              const Space& space, hid_t storage);
-
-/// Makes an attribute that is not there yet. `shown` is its name in messages: path@name.
-AttributeHandle create_attribute(hid_t object, const std::string& name, const std::string& shown,
-                                 const Type& type, const Space& space);
-
-/// Throws unless the object has no attribute of this name; `shown` as messages show it.
-void expect_free_attribute(hid_t object, const std::string& name, const std::string& shown);
 
 /// The chunk shape chosen where none is given: about 256 KiB, the fastest dimensions whole first.
 std::vector<Extent> choose_chunk(const Space& space, std::size_t element_size);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "storage/attribute.h"
 #include "storage/check.h"
 #include "storage/describe_datatype.h"
 #include "storage/listing.h"

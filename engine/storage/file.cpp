@@ -167,6 +167,11 @@ bool is_hdf5_file(const std::string& path) {
   }
 }
 
+void flush_file(hid_t file, FlushScope scope) {
+  check_done(H5Fflush(file, scope == FlushScope::local ? H5F_SCOPE_LOCAL : H5F_SCOPE_GLOBAL),
+             [] { return std::string("The file in use cannot be flushed"); });
+}
+
 std::string file_name(hid_t object) {
   const auto what = [] { return std::string("The name of a file cannot be read"); };
   const ssize_t length = H5Fget_name(object, nullptr, 0);

@@ -47,6 +47,14 @@ void create_file(const std::string& path, bool replace, const FileOptions& optio
 /// Whether open_file can open it for reading, or only the mark of a writer keeps it from that.
 bool is_hdf5_file(const std::string& path);
 
+enum class FlushScope {
+  local,   // the one file
+  global,  // the files mounted or linked together with it, too
+};
+
+/// Hands what is written to an open file over to the operating system.
+void flush_file(hid_t file, FlushScope scope);
+
 /// Of the file that an object (or the file itself) is in: its real path or address, and what it is
 /// open for.
 std::string file_name(hid_t object);

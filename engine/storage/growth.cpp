@@ -1,11 +1,23 @@
-// New rows.
+// New extents, and new rows.
 #include "storage/growth.h"
 
 #include <string>
 
 #include "storage/check.h"
+#include "storage/object.h"
 
 namespace kelvo {
+
+Space space_of(hid_t dataset, const std::string& shown) {
+  const DataspaceHandle space(
+      check_id(H5Dget_space(dataset), [&shown] { return shown + " cannot be changed"; }));
+  return describe_space(space.get());
+}
+
+void set_extents(hid_t dataset, const std::vector<Extent>& extents, const std::string& shown) {
+  check_done(H5Dset_extent(dataset, extents.data()),
+             [&shown] { return shown + " cannot be changed"; });
+}
 
 void expect_growing(const ElementPlace& place, bool with_slice) {
   if (with_slice) {

@@ -172,21 +172,6 @@ std::string object_path(hid_t object) {
   return path;
 }
 
-bool has_attribute(hid_t object, const std::string& name) {
-  return check_answer(H5Aexists(object, name.c_str()),
-                      [&name] { return "Attribute " + quoted(name) + " cannot be read"; });
-}
-
-AttributeHandle open_attribute(hid_t object, const std::string& path, const std::string& name) {
-  const std::string shown = path + "@" + name;
-  if (!has_attribute(object, name)) {
-    throw StatementError(Status::does_not_exist, "Attribute " + quoted(shown) + " does not exist");
-  }
-  return AttributeHandle(check_id(H5Aopen(object, name.c_str(), H5P_DEFAULT), [&shown] {
-    return "Attribute " + quoted(shown) + " cannot be opened";
-  }));
-}
-
 PropertyHandle making_parents() {
   const auto what = [] { return std::string("Links cannot be made"); };
   PropertyHandle list(check_id(H5Pcreate(H5P_LINK_CREATE), what));

@@ -53,12 +53,6 @@ ObjectHandle open_object(hid_t file, const std::string& path);
 /// path.
 std::string object_path(hid_t object);
 
-/// Throws only where the HDF5 library cannot read the object.
-bool has_attribute(hid_t object, const std::string& name);
-
-/// Throws where the object, which is at `path`, has no such attribute.
-AttributeHandle open_attribute(hid_t object, const std::string& path, const std::string& name);
-
 /// Link creation that makes the missing groups on the way.
 PropertyHandle making_parents();
 

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "storage/attribute.h"
 #include "storage/box_elements.h"
 #include "storage/box_walk.h"
 #include "storage/check.h"

@@ -1,6 +1,7 @@
 // The shape of a dataset or attribute.
 #pragma once
 
+#include <cstddef>
 #include <vector>
 
 namespace kelvo {
@@ -32,5 +33,15 @@ struct Space {
     return true;
   }
 };
+
+/// Bytes of elements with these extents; `unlimited` where there are more than an Extent holds.
+inline Extent bytes_of(const std::vector<Extent>& extents, std::size_t element_size) {
+  Extent bytes = element_size;
+  for (const Extent extent : extents) {
+    if (extent != 0 && bytes > unlimited / extent) return unlimited;
+    bytes *= extent;
+  }
+  return bytes;
+}
 
 }  // namespace kelvo
