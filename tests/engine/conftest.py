@@ -3,7 +3,12 @@
 import shutil
 
 import pytest
+from hypothesis import HealthCheck, settings
 
+# The same examples in every run. Each is a file and a session of the program, which takes its time.
+settings.register_profile("engine", derandomize=True, database=None, deadline=None,
+                          suppress_health_check=list(HealthCheck))
+settings.load_profile("engine")
 pytest.register_assert_rewrite("statements", "oracle", "notation", "examples")
 from statements import Kelvo  # noqa: E402 -- only what is imported after that is rewritten
 

@@ -36,9 +36,9 @@ class Kelvo:
         # Where the HDF5 library looks for filters: by default nowhere, so that the machine's do not matter. None: where
         # Debian puts them.
         self.plugins = self.path("no plug-ins")
+        self.faults = {}  # that the program meets; see tests/faults/inject.c
         # For sanitized builds, where an allocation that is too large fails as libc's does. What the sanitizer has to say is
         # no output of the program; only a finding ends it, with a status that the program has not.
-        self.faults = {}  # that the program meets; see tests/faults/inject.c
         self.sanitizer_options = {"allocator_may_return_null": 1, "exitcode": FINDING, "log_path": self.path("sanitizer")}
 
     def path(self, name):

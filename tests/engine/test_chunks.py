@@ -6,7 +6,7 @@ import zlib
 import h5py
 import numpy as np
 import pytest
-from hypothesis import HealthCheck, given, settings
+from hypothesis import given, settings
 from hypothesis import strategies as st
 
 LIBRARY = ctypes.CDLL("libhdf5_serial.so.103")  # h5py's
@@ -20,9 +20,6 @@ MADE_TYPES = {
 FILTERS = [{"compression": "gzip"}, {"shuffle": True}, {"fletcher32": True}, {"compression": "gzip", "shuffle": True},
            {"compression": "gzip", "shuffle": True, "fletcher32": True}, {"shuffle": True, "fletcher32": True},
            {"compression": "lzf"}, {"compression": "gzip", "scaleoffset": True}]
-SETTINGS = settings(derandomize=True, max_examples=120, deadline=None,
-                    suppress_health_check=[HealthCheck.function_scoped_fixture])
-
 
 def dtype_of(name):
     return MADE_TYPES.get(name) or np.dtype(name)
@@ -77,7 +74,7 @@ def check_same(back, values):
         assert np.array_equal(back[name], values[name])
 
 
-@SETTINGS
+@settings(max_examples=120)
 @given(made=datasets(), threads=st.sampled_from(THREADS))
 def test_any_slice_of_any_chunks(kelvo, made, threads):
     with h5py.File(kelvo.path("a.h5"), "w", libver=made["libver"]) as file:

@@ -12,7 +12,7 @@ import subprocess
 import h5py
 import numpy as np
 import pytest
-from hypothesis import HealthCheck, given, settings
+from hypothesis import given, settings
 from hypothesis import strategies as st
 from oracle import Element, difference
 
@@ -265,7 +265,7 @@ def storages(draw, count):
 
 
 @given(st.data())
-@settings(derandomize=True, deadline=None, max_examples=100, database=None, suppress_health_check=list(HealthCheck))
+@settings(max_examples=100)
 def test_random_values(kelvo_factory, data):
     """Some are never written, some are written over, so that heaps have gaps and indexes no order."""
     kelvo = kelvo_factory()

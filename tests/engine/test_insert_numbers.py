@@ -5,10 +5,9 @@ from fractions import Fraction
 import h5py
 import numpy as np
 import pytest
-from hypothesis import HealthCheck, given, settings
+from hypothesis import given, settings
 from hypothesis import strategies as st
 
-PROPERTY = settings(max_examples=40, deadline=None, suppress_health_check=[HealthCheck.function_scoped_fixture])
 DIGITS = st.text("0123456789", min_size=1, max_size=24)
 EXPONENTS = st.integers(-30, 12).map(lambda exponent: f"e{exponent}") | st.sampled_from(["", "E+05", "e-007"])
 WRITTEN = st.tuples(st.sampled_from(["", "-"]), DIGITS, DIGITS.map(lambda digits: "." + digits) | st.just(""),
@@ -61,21 +60,21 @@ def same_bits(made, wanted):
     return made.dtype == wanted.dtype and made.tobytes() == wanted.tobytes()
 
 
-@PROPERTY
+@settings(max_examples=40)
 @given(st.lists(TEXTS, min_size=1, max_size=100))
 def test_doubles_are_pythons(kelvo, texts):
     wanted = np.array([float(text) for text in texts])
     assert same_bits(insert(kelvo, "\n".join(texts), "f8"), wanted)
 
 
-@PROPERTY
+@settings(max_examples=40)
 @given(st.lists(TEXTS, min_size=1, max_size=100))
 def test_singles_are_the_nearest(kelvo, texts):
     wanted = np.array([nearest_single(text) for text in texts], "f4")
     assert same_bits(insert(kelvo, "\n".join(texts) + "\n", "f4"), wanted)
 
 
-@PROPERTY
+@settings(max_examples=40)
 @given(st.sampled_from(INTEGERS), st.data())
 def test_integers_are_pythons(kelvo, dtype, data):
     limits = np.iinfo(dtype)
@@ -96,7 +95,7 @@ LINES = st.sampled_from([("7,-1.5", (7, -1.5)), (" 8 ,\t2e3 ", (8, 2000.0)), ('"
                          ("0x1F,0x10", (31, 16.0)), ("3.0,.5", (3, 0.5)), ("1,INF", (1, np.inf)), ("", None)])
 
 
-@PROPERTY
+@settings(max_examples=40)
 @given(st.lists(LINES, min_size=1, max_size=60), st.sampled_from(["\n", "\r\n"]), st.booleans())
 def test_plain_lines_among_others(kelvo, lines, line_end, ended):
     dtype = np.dtype([("a", "<i2"), ("b", "<f8")])

@@ -5,10 +5,9 @@ from dataclasses import dataclass
 import h5py
 import numpy as np
 import pytest
-from hypothesis import HealthCheck, given, settings
+from hypothesis import given, settings
 from hypothesis import strategies as st
 
-PROPERTY = settings(max_examples=40, deadline=None, suppress_health_check=[HealthCheck.function_scoped_fixture])
 INTEGERS = [f"{order}{sign}{size}" for order in "<>" for sign in "iu" for size in (1, 2, 4, 8)]
 MEMBERS = ["a", "b c", 'say "x"', "it's", "a,b", "caf\u00e9", "VALUE"]
 BYTES = st.integers(1, 255).map(lambda byte: bytes([byte]))
@@ -126,37 +125,37 @@ def there_and_back(kelvo, sample, file, form=""):
     compare(kelvo.folder)
 
 
-@PROPERTY
+@settings(max_examples=40)
 @given(sample=samples(), header=st.booleans())
 def test_csv(kelvo, sample, header):
     there_and_back(kelvo, sample, "v.csv", "FORMAT CSV HEADER" if header else "")
 
 
-@PROPERTY
+@settings(max_examples=40)
 @given(sample=samples(), header=st.booleans())
 def test_tsv(kelvo, sample, header):
     there_and_back(kelvo, sample, "v.tsv", "FORMAT TSV HEADER" if header else "")
 
 
-@PROPERTY
+@settings(max_examples=40)
 @given(sample=samples(lines=False))
 def test_txt(kelvo, sample):
     there_and_back(kelvo, sample, "v.txt")
 
 
-@PROPERTY
+@settings(max_examples=40)
 @given(sample=samples(finite=True), header=st.booleans())
 def test_json(kelvo, sample, header):
     there_and_back(kelvo, sample, "v.json", "FORMAT JSON HEADER" if header else "")
 
 
-@PROPERTY
+@settings(max_examples=40)
 @given(sample=samples(varying=False), file=st.sampled_from(["v.npy", "v.bin"]))
 def test_bytes(kelvo, sample, file):
     there_and_back(kelvo, sample, file)
 
 
-@PROPERTY
+@settings(max_examples=40)
 @given(sample=samples())
 def test_select(kelvo, sample):
     written(kelvo.folder, sample)
@@ -175,7 +174,7 @@ def test_matrices(kelvo, suffix, dtype):
     compare(kelvo.folder)
 
 
-@PROPERTY
+@settings(max_examples=40)
 @given(data=st.data(), pair=st.tuples(st.sampled_from(INTEGERS + ["<f4", "<f8"]), st.sampled_from(INTEGERS + ["<f8"])))
 def test_numbers_of_other_types_arrive_or_are_refused(kelvo, data, pair):
     source, target = pair

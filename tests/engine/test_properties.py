@@ -1,19 +1,14 @@
-"""Datasets, slices, conditions and values that nobody thought of: answers equal NumPy's, values come back.
-
-The same examples in every run. Each is a file and a session of the program.
-"""
+"""Datasets, slices, conditions and values that nobody thought of: answers equal NumPy's, values come back."""
 
 import math
 import struct
 
 import h5py
 import numpy as np
-from hypothesis import HealthCheck, given, settings
+from hypothesis import given, settings
 from hypothesis import strategies as st
 from oracle import Element, difference, rows_of
 
-bounded = settings(derandomize=True, deadline=None, max_examples=120, database=None,
-                   suppress_health_check=list(HealthCheck))
 
 NUMBERS = [order + kind for order in "<>" for kind in ("i1", "u1", "i2", "u2", "i4", "u4", "i8", "u8", "f2", "f4", "f8")]
 OTHERS = ["S1", "S7", "?", np.dtype([("id", ">u4"), ("x", "<f4"), ("name", "S3")]), np.dtype(("<i2", (2, 3))), "V5"]
@@ -95,7 +90,7 @@ def write(kelvo, array, dtype, shape, storage):
             dataset[...] = array
 
 
-@bounded
+@settings(max_examples=120)
 @given(data=st.data())
 def test_slices_select_what_numpy_selects(kelvo_factory, data):
     array, dtype, shape, storage = data.draw(datasets())
@@ -117,7 +112,7 @@ COMPARISONS = {"=": np.equal, "<>": np.not_equal, "<": np.less, "<=": np.less_eq
                ">=": np.greater_equal}
 
 
-@bounded
+@settings(max_examples=120)
 @given(data=st.data())
 def test_conditions_choose_what_numpy_chooses(kelvo_factory, data):
     array, dtype, shape, storage = data.draw(datasets(tuple(NUMBERS)))
@@ -183,7 +178,7 @@ def same_values(left, right):
         a == b or (isinstance(a, float) and math.isnan(a) and math.isnan(b)) for a, b in zip(left, right))
 
 
-@bounded
+@settings(max_examples=120)
 @given(data=st.data())
 def test_values_written_come_back(kelvo_factory, data):
     text = data.draw(st.sampled_from(list(WRITTEN)))
@@ -206,7 +201,7 @@ def test_values_written_come_back(kelvo_factory, data):
         assert same_values(stored, values)
 
 
-@bounded
+@settings(max_examples=120)
 @given(data=st.data())
 def test_numbers_inside_text_read_back(kelvo_factory, data):
     """A member's number is shown with digits that read back to the same value."""

@@ -3,14 +3,11 @@
 import h5py
 import numpy as np
 import pytest
-from hypothesis import HealthCheck, given, settings
+from hypothesis import given, settings
 from hypothesis import strategies as st
 from hypothesis.extra import numpy as npst
 
 DTYPES = ["i1", "u1", "<i2", ">i4", "<u4", "<i8", ">u8", "<f4", ">f8"]
-SETTINGS = settings(derandomize=True, max_examples=60, deadline=None,
-                    suppress_health_check=[HealthCheck.function_scoped_fixture])
-
 
 @st.composite
 def arrays(draw):
@@ -52,7 +49,7 @@ def numbers(rows, dtype):
     return np.array(rows, dtype) if rows else np.empty(0, dtype)
 
 
-@SETTINGS
+@settings(max_examples=60)
 @given(data=st.data(), values=arrays(), operator=st.sampled_from(OPERATORS), literal=LITERALS)
 def test_conditions_on_slices(kelvo, data, values, operator, literal):
     written, taken = data.draw(slices(values.ndim))
@@ -65,7 +62,7 @@ def test_conditions_on_slices(kelvo, data, values, operator, literal):
     assert int(rows[-1]) == np.count_nonzero(~keep)
 
 
-@SETTINGS
+@settings(max_examples=60)
 @given(values=arrays(), descending=st.booleans(), limit=st.integers(0, 20), offset=st.integers(0, 5))
 def test_order_and_number(kelvo, values, descending, limit, offset):
     write(kelvo, values)
@@ -78,7 +75,7 @@ def test_order_and_number(kelvo, values, descending, limit, offset):
                           equal_nan=values.dtype.kind == "f")
 
 
-@SETTINGS
+@settings(max_examples=60)
 @given(values=arrays())
 def test_aggregates(kelvo, values):
     """Sums of integers, which may not fit, are Python's."""
@@ -131,7 +128,7 @@ def check_extremes(kelvo, clause, values):
     assert np.array_equal(numbers(row.split("\t"), values.dtype), [values.min(), values.max()], equal_nan=values.dtype.kind == "f")
 
 
-@SETTINGS
+@settings(max_examples=60)
 @given(values=arrays())
 def test_npy_files(kelvo, values):
     write(kelvo, values)

@@ -3,7 +3,7 @@
 import re
 
 import pytest
-from help_texts import DATA_TYPES, MENUS, TREE_COLUMNS, TREE_DESCRIPTIONS
+from help_texts import DATA_TYPES, MENUS, TREE_COLUMNS, TREE_DESCRIPTIONS, not_found
 from program import BANNER, GREETING, Program
 
 SUBTOPICS = {word: rows for word, (_, _, rows) in MENUS.items() if word}
@@ -58,10 +58,6 @@ def expected(key):
     if key == "HELP DATA TYPE":
         return data_type_table()
     return entry("CLOSE ALL FILE") if key == "HELP CLOSE ALL FILE" else entry()
-
-
-def not_found(topic):
-    return f'Help topic/subtopic "{topic}" not found.\n'
 
 
 def ask(program, lines):

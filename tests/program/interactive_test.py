@@ -6,13 +6,10 @@ import subprocess
 
 import pytest
 from engine_script import INT, VARINT
+from help_texts import not_found
 from program import BANNER, GREETING, INTERRUPTED, Run, count_line, use_default_sigint
 
 HELP_HEADING = 'Select one of the following topics (example: "help create"):\n'
-
-
-def not_found(topic):
-    return f'Help topic/subtopic "{topic}" not found.\n'
 
 
 def dialogue(*pieces):

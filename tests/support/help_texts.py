@@ -181,3 +181,7 @@ DATA_TYPES = [
     ("ENUMERATION", "16777216", "1, 2, 4 or 8 bytes"),
     ("COMPOUND", "33554432", "Varies (depends on members)"),
 ]
+
+
+def not_found(topic):
+    return f'Help topic/subtopic "{topic}" not found.\n'
