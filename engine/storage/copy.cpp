@@ -16,6 +16,7 @@
 #include "storage/object.h"
 #include "storage/reference_copy.h"
 #include "storage/sources.h"
+#include "storage/value_check.h"
 
 namespace kelvo {
 namespace {
@@ -194,6 +195,7 @@ void copy_object(const ObjectPlace& from, const ObjectPlace& to) {
   const std::vector<FoundObject> objects = objects_below(from.file, from.path);
   const bool apart = has_dense_varying_attributes(from.file, from.path, objects);
   const PropertyHandle options = copy_options(objects, apart);
+  check_values(from.file, from.path, objects);
   // H5Ocopy itself may end the process when it cannot write.
   expect_room(file_name(to.file), stored_bytes(from, objects));
   check_done(H5Ocopy(from.file, from.path.c_str(), to.file, to.path.c_str(), options.get(),

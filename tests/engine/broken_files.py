@@ -119,3 +119,20 @@ def statements(path):
         lines.extend(f"SELECT * FROM /@{attribute}" for attribute in file.attrs)
         file.visititems(visit)
     return lines + ["SHOW TYPE soft", "SHOW TYPE link", "SELECT * FROM link"]
+
+
+def make_fatal(path):
+    """A file with a virtual dataset "v" whose strings the HDF5 library, which reads those, takes from behind the end of a
+    table of its own; and "x", which holds them, and "sound"."""
+    with h5py.File(path, "w") as file:
+        file["x"] = ["one", "two"]
+        file["sound"] = [1, 2, 3]
+        layout = h5py.VirtualLayout((2,), h5py.string_dtype())
+        layout[:] = h5py.VirtualSource(".", "x", (2,))
+        file.create_virtual_dataset("v", layout)
+    content = bytearray(path.read_bytes())
+    heap = content.rfind(b"GCOL", 0, content.find(b"one\0"))
+    reference = content.find((3).to_bytes(4, "little") + heap.to_bytes(8, "little"))
+    content[reference + 12:reference + 16] = b"\xff\xff\xff\x0f"  # behind the length and the heap's address: the index
+    path.write_bytes(content)
+    return content

@@ -193,6 +193,7 @@ def test_filtered_references(kelvo):
 
 @pytest.mark.parametrize("statement", [
     "INSERT INTO y SELECT * FROM x", "COPY DATASET x TO z CHUNK [2]", "COPY ATTRIBUTE y@b TO x@c",
+    "COPY DATASET x TO z", "COPY GROUP / TO z", "COPY DATASET y TO z", "COPY FILE x.h5 TO z.h5 REPACK",
     "SELECT * FROM x INTO x.json", "SELECT * FROM x ORDER BY VALUE", "SELECT COUNT(*) FROM x WHERE VALUE LIKE 'a%'"])
 def test_what_else_reads_values(kelvo, statement):
     """Also where the statement writes the file at the same time."""
@@ -204,7 +205,7 @@ def test_what_else_reads_values(kelvo, statement):
     heap = content.find(b"GCOL")
     content[heap + 5] = 1
     kelvo.path("x.h5").write_bytes(content)
-    shown = 'Attribute "/y@b"' if "y@b" in statement else 'Dataset "/x"'
+    shown = 'Attribute "/y@b"' if "COPY ATTRIBUTE y" in statement or "COPY DATASET y" in statement else 'Dataset "/x"'
     assert kelvo.error("USE FILE x.h5", statement) == (
         DAMAGED, f"{shown} is damaged: a value is in the heap at byte {heap}, where none is")
     assert kelvo.path("x.h5").read_bytes() == content
