@@ -66,6 +66,7 @@ Answer show_debug(Parser& parser, Session& session);
 // show_rows.cpp: answers that they share
 Answer text_row(std::string_view text);
 Answer text_rows(std::span<const std::string> texts);
+Answer text_rows_of(std::string_view texts);  // each ended by a NUL
 Answer bigint_row(std::int64_t value);
 
 }  // namespace kelvo

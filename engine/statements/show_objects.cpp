@@ -36,7 +36,7 @@ Answer list(const Target& target, const ListingClauses& clauses, MemberKind kind
                           [&](const std::string& one) { return attributes.find(one); });
     };
   }
-  return text_rows(list_members(target.file, target.path, request));
+  return text_rows_of(list_members(target.file, target.path, request));
 }
 
 Answer show_members(Parser& parser, Session& session, MemberKind kind) {

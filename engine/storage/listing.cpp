@@ -56,31 +56,43 @@ class SeenObjects {
 
 // Holds the metadata cache of a file at a steady size while it lives. A walk comes to most things
 // once: a cache that grows with what it meets, as the HDF5 library's does by itself, costs time and
-// memory and is never hit.
+// memory, five times its size, and is never hit. Only the index of a group is looked at for each of
+// its members.
 class SteadyMetadataCache {
  public:
   explicit SteadyMetadataCache(hid_t file) : file_(file) {
     before_.version = H5AC__CURR_CACHE_CONFIG_VERSION;
     check_done(H5Fget_mdc_config(file_, &before_), cannot_set);
+    set_size(least_bytes);
+  }
+  SteadyMetadataCache(const SteadyMetadataCache&) = delete;
+  SteadyMetadataCache& operator=(const SteadyMetadataCache&) = delete;
+  ~SteadyMetadataCache() { H5Fset_mdc_config(file_, &before_); }
+
+  /// Makes it large enough for the index of a group with that many members.
+  void make_room_for_index(std::size_t members) {
+    constexpr std::size_t bytes_for_each = 48;
+    const std::size_t bytes = std::min(members, before_.max_size / bytes_for_each) * bytes_for_each;
+    if (bytes > bytes_) set_size(bytes);
+  }
+
+ private:
+  static constexpr std::size_t least_bytes = std::size_t{512} * 1024;
+  static std::string cannot_set() { return "The metadata cache cannot be set"; }
+
+  void set_size(std::size_t bytes) {
     H5AC_cache_config_t steady = before_;
     steady.set_initial_size = true;
     steady.initial_size = steady.min_size = bytes;
     steady.incr_mode = H5C_incr__off;
     steady.decr_mode = H5C_decr__off;
     check_done(H5Fset_mdc_config(file_, &steady), cannot_set);
+    bytes_ = bytes;
   }
-  SteadyMetadataCache(const SteadyMetadataCache&) = delete;
-  SteadyMetadataCache& operator=(const SteadyMetadataCache&) = delete;
-  ~SteadyMetadataCache() { H5Fset_mdc_config(file_, &before_); }
-
- private:
-  // Enough for the index of a group of some hundred thousand members, which each of them is looked
-  // up in. It still grows for a single thing that is larger.
-  static constexpr std::size_t bytes = std::size_t{8} * 1024 * 1024;
-  static std::string cannot_set() { return "The metadata cache cannot be set"; }
 
   hid_t file_;
   H5AC_cache_config_t before_{};
+  std::size_t bytes_ = 0;
 };
 
 // Numbers files by their names: the HDF5 library's own numbers change whenever a file is opened
@@ -101,9 +113,13 @@ class FileNumbers {
 class Walk {
  public:
   Walk(hid_t file, const std::string& group, const ListingRequest& request)
-      : request_(request), root_path_(group), root_(open_group(file, group)), files_(root_.get()) {}
+      : request_(request),
+        root_path_(group),
+        root_(open_group(file, group)),
+        cache_(file),
+        files_(root_.get()) {}
 
-  std::vector<std::string> run() {
+  std::string run() {
     const H5O_info_t info = check_info(root_.get(), ".", root_path_);
     root_file_number_ = info.fileno;
     seen_.add({0, info.addr}, info.rc);
@@ -111,7 +127,9 @@ class Walk {
     descend(0, "", ".", H5I_INVALID_HID);
     walk();
     follow_links();
-    return {std::make_move_iterator(found_.begin()), std::make_move_iterator(found_.end())};
+    std::string paths = std::move(found_.front());
+    for (found_.pop_front(); !found_.empty(); found_.pop_front()) paths += found_.front();
+    return paths;
   }
 
  private:
@@ -160,6 +178,9 @@ class Walk {
     const hid_t from = group < 0 ? root_.get() : group;
     level.group = GroupHandle(check_id(H5Gopen2(from, name.c_str(), H5P_DEFAULT), what));
     level.file = file;
+    H5G_info_t size;
+    check_done(H5Gget_info(level.group.get(), &size), what);
+    cache_.make_room_for_index(static_cast<std::size_t>(size.nlinks));
     check_done(read_links(level.group.get(), &level.entries), what);
     if (request_.by_order) sort_by_creation(&level.entries);
     if (!prefix.empty()) prefix += '/';
@@ -196,7 +217,8 @@ class Walk {
   }
 
   void list(hid_t group, const std::string& name_there, const std::string& path) {
-    if (!request_.is_chosen || request_.is_chosen(group, name_there)) found_.insert(place_, path);
+    if (!request_.is_chosen || request_.is_chosen(group, name_there))
+      place_->append(path.c_str(), path.size() + 1);
   }
 
   void take_object(const Level& level, const Entry& entry) {
@@ -220,7 +242,10 @@ class Walk {
     const bool named = is_named(entry.name, path);
     if (named && is_wanted(entry.type)) list(level.group.get(), entry.name, path);
     if (request_.recursive) {
-      deferred_.push_back({found_.insert(place_, std::string()), entry.name, path});
+      // What it leads to comes here, and what follows behind that.
+      place_ = found_.emplace(std::next(place_));
+      deferred_.push_back({place_, entry.name, path});
+      place_ = found_.emplace(std::next(place_));
     } else if (named &&
                (request_.kind == MemberKind::group || request_.kind == MemberKind::dataset)) {
       const std::optional<H5O_info_t> info = info_of(level.group.get(), entry.name);
@@ -238,7 +263,6 @@ class Walk {
       place_ = deferred_.front().place;
       follow(deferred_.front());
       walk();
-      found_.erase(place_);
     }
   }
 
@@ -259,21 +283,20 @@ class Walk {
   const ListingRequest& request_;
   std::string root_path_;
   GroupHandle root_;
+  SteadyMetadataCache cache_;
   FileNumbers files_;  // the root's file is number 0
   unsigned long root_file_number_ = 0;
   SeenObjects seen_;    // groups gone into
   SeenObjects listed_;  // what was listed, or tried, under a name that fits
   std::vector<Level> levels_;
   std::list<Deferred> deferred_;
-  std::list<std::string> found_;  // with an empty text in the place of each deferred link
-  Place place_ = found_.end();    // where the next path comes
+  std::list<std::string> found_{""};  // paths; a text by itself for what a deferred link leads to
+  Place place_ = found_.begin();      // the text that the next path is appended to
 };
 
 }  // namespace
 
-std::vector<std::string> list_members(hid_t file, const std::string& group,
-                                      const ListingRequest& request) {
-  const SteadyMetadataCache cache(file);
+std::string list_members(hid_t file, const std::string& group, const ListingRequest& request) {
   return Walk(file, group, request).run();
 }
 

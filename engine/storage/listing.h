@@ -23,15 +23,15 @@ struct ListingRequest {
   std::function<bool(hid_t group, const std::string& name)> is_chosen;
 };
 
-/// Paths, relative to the group, of its members of a kind. Groups and datasets are those that its
+/// Paths, relative to the group, of its members of a kind, one behind the other and each ended by a
+/// NUL: there may be very many. Groups and datasets are those that its
 /// links lead to, soft and external ones too; a link that leads nowhere is passed over.
 ///
 /// Recursive, each group comes before what is in it, and each object comes once: where hard links
 /// lead to it from the group, under the first of these whose name is admitted; else under the first
 /// link whose name is. So neither links nor cycles repeat anything, and nothing that can be reached
 /// is missing.
-std::vector<std::string> list_members(hid_t file, const std::string& group,
-                                      const ListingRequest& request);
+std::string list_members(hid_t file, const std::string& group, const ListingRequest& request);
 
 /// Names of the attributes of an object, in name order or, where it is tracked, in that of
 /// creation.
