@@ -94,7 +94,7 @@ class CheckedElements {
   }
 
  private:
-  static constexpr std::size_t memory_budget = std::size_t{64} * 1024 * 1024;
+  static constexpr std::size_t memory_budget = std::size_t{8} * 1024 * 1024;
 
   void keep(const EncodedElements& elements) {
     count_ += elements.count();
