@@ -39,6 +39,10 @@ class ElementSource {
   /// then.
   virtual bool next(Elements& elements) = 0;
 
+  /// Where all that is selected has to be read before the first element can be given: reads it, and
+  /// gives the number of elements that there will be. Else nothing, and nothing is read.
+  virtual std::optional<std::uint64_t> read_all() { return std::nullopt; }
+
   /// Whether the elements are copied from a file as they lie there, so that reading them again
   /// costs less than keeping them.
   [[nodiscard]] virtual bool is_plain() const { return false; }
@@ -47,8 +51,9 @@ class ElementSource {
   virtual void rewind() {}
 };
 
-/// Reads elements of a plain source up to that many bytes and rewinds it; how many there were.
-/// Nothing, and nothing is read, where the source is not plain.
+/// Has happen what can fail before the first element is given: the source reads all, where it has
+/// to, or a plain one that many bytes, and is rewound. How many elements these were; nothing, and
+/// nothing is read, where the source is neither.
 std::optional<std::uint64_t> look_through(ElementSource& source, std::size_t most_bytes);
 
 /// A query that has been checked and is ready to be read.

@@ -38,10 +38,11 @@ Sorted::Sorted(QueryRunPointer run, std::uint64_t wanted)
     : run_(std::move(run)),
       keys_(compile_keys(*run_)),
       is_varying_(run_->projection->type().has_varying_parts()),
-      sorter_(wanted, layout_of(keys_, run_->projection->type())) {}
+      sorter_(wanted, layout_of(keys_, run_->projection->type())),
+      wanted_(wanted) {}
 
 bool Sorted::next(Elements& elements) {
-  if (!is_read_) read();
+  read_all();
   parts_.restart();
   const std::size_t size = type().size;
   const std::size_t most = std::max<std::size_t>(1, block_bytes / size);
@@ -54,8 +55,8 @@ bool Sorted::next(Elements& elements) {
   return count > 0;
 }
 
-void Sorted::read() {
-  is_read_ = true;
+std::optional<std::uint64_t> Sorted::read_all() {
+  if (std::exchange(is_read_, true)) return std::min(count_, wanted_);
   Batch batch;
   const Mask* selected = nullptr;
   while (run_->scan->next_block()) {
@@ -63,6 +64,7 @@ void Sorted::read() {
     while (run_->scan->next_batch(&batch, &selected)) add_batch(batch, selected);
   }
   sorter_.finish();
+  return std::min(count_, wanted_);
 }
 
 void Sorted::add_batch(const Batch& batch, const Mask* selected) {
@@ -78,6 +80,7 @@ void Sorted::add_batch(const Batch& batch, const Mask* selected) {
   for (std::size_t i = 0; i < batch.count; ++i) {
     if (selected[i] == 0) continue;
     sorter_.add(key_of(i), payload_of(element));
+    ++count_;
     element += type().size;
   }
 }

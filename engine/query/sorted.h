@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,9 +22,9 @@ class Sorted : public ElementSource {
 
   [[nodiscard]] const Type& type() const override { return run_->projection->type(); }
   bool next(Elements& elements) override;
+  std::optional<std::uint64_t> read_all() override;
 
  private:
-  void read();
   void add_batch(const Batch& batch, const Mask* selected);
   SortKey key_of(std::size_t i);
   std::string_view payload_of(const std::byte* element);
@@ -33,6 +34,8 @@ class Sorted : public ElementSource {
   std::vector<OperandPointer> keys_;
   bool is_varying_;
   Sorter sorter_;  // behind what tells how large records are
+  std::uint64_t wanted_;
+  std::uint64_t count_ = 0;  // of elements that were read
   bool is_read_ = false;
   std::vector<const void*> columns_;               // of the keys of a batch
   std::array<std::uint64_t, batch_size> numbers_;  // of its first keys, where they are numbers
