@@ -18,13 +18,6 @@ Literal text_literal(std::string_view text) {
   return literal;
 }
 
-bool names_a_value(const Type& type, std::string_view text) {
-  for (const EnumName& name : type.names) {
-    if (name.name == text) return true;
-  }
-  return false;
-}
-
 // A field may be longer than anyone wants to read.
 std::string shown(std::string_view text) {
   constexpr std::size_t longest = 60;
@@ -33,6 +26,10 @@ std::string shown(std::string_view text) {
 }
 
 }  // namespace
+
+bool is_text(Kind kind) {
+  return kind == Kind::text || kind == Kind::varying_text || kind == Kind::object_reference;
+}
 
 NumberReader number_reader(const Type& type) {
   if (!type.is_numeric() || type.kind == Kind::time || !type.is_full_width()) return nullptr;
@@ -70,9 +67,8 @@ Literal field_literal(const Type& type, std::string_view text) {
 
 void put_field(EncodedElements& elements, const Type& type, std::size_t offset,
                std::string_view field) {
-  if (type.kind == Kind::text || type.kind == Kind::varying_text || names_a_value(type, field)) {
+  if (is_text(type.kind) || find_name(type, field) != nullptr)
     return elements.put(type, offset, text_literal(field));
-  }
   const std::string_view text = trimmed(field);
   const char* end = text.data() + text.size();
   const NumberReader read = number_reader(type);

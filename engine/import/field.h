@@ -22,6 +22,9 @@ using NumberReader = const char* (*)(const char* begin, const char* end, std::by
 /// Null where numbers of the type need more than reading.
 NumberReader number_reader(const Type& type);
 
+/// Whether a field of that kind is its value as it stands, and may be empty.
+bool is_text(Kind kind);
+
 /// A field's text as a literal for `type`; throws StatementError where it is none.
 Literal field_literal(const Type& type, std::string_view text);
 

@@ -115,9 +115,7 @@ class TableStream : public ElementStream {
 
   // An empty line holds nothing, unless a single column of text may be empty.
   bool next_line(std::string_view* line) {
-    const Kind kind = columns_[0].type->kind;
-    const bool may_be_empty =
-        columns_.size() == 1 && (kind == Kind::text || kind == Kind::varying_text);
+    const bool may_be_empty = columns_.size() == 1 && is_text(columns_[0].type->kind);
     do {
       if (!lines_.next(line)) return false;
     } while (line->empty() && !may_be_empty);

@@ -127,6 +127,7 @@ Type parse_enumeration(Parser& parser) {
   }
   check_enumeration(written, base);
   for (const WrittenEnumName& one : written) type.names.push_back(one.name);
+  index_names(&type);
   type.size = base.size;
   type.file_size = base.file_size;
   type.is_signed = base.is_signed;

@@ -17,6 +17,7 @@
 #include "storage/creation.h"
 #include "storage/element_io.h"
 #include "storage/object.h"
+#include "storage/reference.h"
 
 namespace kelvo {
 namespace {
@@ -111,8 +112,9 @@ void write_new(const ElementPlace& place, const EncodedElements& elements) {
 Answer create_dataset_statement(Parser& parser, Session& session) {
   const bool optional = accept_if_not_exists(parser);
   const ObjectName name = parse_object(parser, "a dataset");
-  const NewElements made = parse_new_elements(parser, true);
+  NewElements made = parse_new_elements(parser, true);
   const Target target = session.find(name, Access::write);
+  make_references_in(target.file, &made.type);
   if (exists_already(target, NameKind::dataset, optional)) return nullptr;
   const std::optional<EncodedElements> elements = encode_new(made);
   DatasetHandle dataset =
@@ -125,8 +127,9 @@ Answer create_dataset_statement(Parser& parser, Session& session) {
 Answer create_attribute_statement(Parser& parser, Session& session) {
   const bool optional = accept_if_not_exists(parser);
   const ObjectName name = parser.expect_attribute();
-  const NewElements made = parse_new_elements(parser, false);
+  NewElements made = parse_new_elements(parser, false);
   const Target target = session.find(name, Access::write);
+  make_references_in(target.file, &made.type);
   const ObjectHandle object = open_object(target.file, target.path);
   if (optional && has_attribute(object.get(), *target.attribute)) return nullptr;
   expect_free_attribute(object.get(), *target.attribute, target.shown());

@@ -19,6 +19,7 @@
 #include "statements/values.h"
 #include "storage/element_writer.h"
 #include "storage/growth.h"
+#include "storage/reference.h"
 #include "storage/spool.h"
 #include "values/flatten.h"
 
@@ -179,8 +180,9 @@ void insert_stream(const ElementPlace& place, const Insertion& insertion, Stream
 Answer run_insert(Parser& parser, Session& session) {
   Insertion insertion = parse_insertion(parser);
   const Target target = session.find(insertion.name, Access::write);
-  const ElementPlace place = open_place(target, session);
+  ElementPlace place = open_place(target, session);
   expect_values(place);
+  make_references_in(target.file, &place.type);
   if (place.space.is_null && !insertion.append)
     throw StatementError(Status::wrong_kind, place.name + " is of empty kind and takes no values");
   if (insertion.append) expect_growing(place, !insertion.slice.empty());

@@ -107,6 +107,7 @@ void describe_enumeration(hid_t file_type, Type* type) {
     type->names.push_back(
         {name.get(), load_integer(value.data(), type->size, type->order, type->is_signed)});
   }
+  index_names(type);
 }
 
 void describe_compound(hid_t file_type, Type* type) {

@@ -12,6 +12,7 @@
 
 #include "storage/check.h"
 #include "storage/global_heap.h"
+#include "storage/object.h"
 #include "values/bits.h"
 
 namespace kelvo {
@@ -128,6 +129,21 @@ class ReferenceNames {
 };
 
 }  // namespace
+
+void make_references_in(hid_t file, Type* type) {
+  if (type->kind == Kind::object_reference) {
+    type->make_reference = [file](const std::string& written, std::byte* element) {
+      const std::string path = absolute_path("/", written);
+      const ObjectKind kind = kind_at(file, path);
+      // Opened only to say why it cannot be: the dataset that is written may be open otherwise.
+      if (kind == ObjectKind::none || kind == ObjectKind::dangling_link) open_object(file, path);
+      check_done(H5Rcreate(element, file, path.c_str(), H5R_OBJECT, -1),
+                 [&path] { return "A reference to " + quoted(path) + " cannot be made"; });
+    };
+  }
+  for (Type& base : type->base) make_references_in(file, &base);
+  for (Member& member : type->members) make_references_in(file, &member.type);
+}
 
 ObjectHandle object_of_region(hid_t file, const std::byte* reference) {
   ObjectHandle object(H5Rdereference2(file, H5P_DEFAULT, H5R_DATASET_REGION, reference));

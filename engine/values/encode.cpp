@@ -108,15 +108,21 @@ void encode_enumeration(const Type& type, const Literal& literal, std::byte* ele
   const bool is_name = literal.kind == LiteralKind::string || literal.kind == LiteralKind::word;
   std::uint64_t bits = 0;
   if (is_name) {
-    const auto name =
-        std::find_if(type.names.begin(), type.names.end(),
-                     [&literal](const EnumName& one) { return one.name == literal.text; });
-    if (name == type.names.end()) refuse_name(literal, type);
+    const EnumName* name = find_name(type, literal.text);
+    if (name == nullptr) refuse_name(literal, type);
     bits = name->bits;
   } else {
     bits = integer_bits(literal, type, type.is_signed);
   }
   store_integer(bits, type.size, type.order, element);
+}
+
+// The empty text is the null reference, as it shows.
+void encode_reference(const Type& type, const Literal& literal, std::byte* element) {
+  const bool is_null = literal.kind == LiteralKind::word && literal.text == "NULL";
+  if (!type.make_reference || (!is_null && !literal.is_text())) refuse_kind(literal, type);
+  std::memset(element, 0, type.size);
+  if (!is_null && !literal.text.empty()) type.make_reference(literal.text, element);
 }
 
 }  // namespace
@@ -135,11 +141,12 @@ void encode(const Type& type, const Literal& literal, std::byte* element) {
       return encode_opaque(type, literal, element);
     case Kind::enumeration:
       return encode_enumeration(type, literal, element);
+    case Kind::object_reference:
+      return encode_reference(type, literal, element);
     case Kind::varying_text:
     case Kind::compound:
     case Kind::array:
     case Kind::sequence:
-    case Kind::object_reference:
     case Kind::region_reference:
       refuse_kind(literal, type);
   }

@@ -11,7 +11,7 @@
 namespace kelvo {
 
 /// Writes the element of a type that holds its whole value: numbers, times, fixed strings, opaque
-/// values, enumerations; references are refused. Throws StatementError: out_of_range for a value
+/// values, enumerations, object references; regions are refused. Throws StatementError: out_of_range for a value
 /// that does not fit, wrong_kind for one of another kind. Nothing is ever cut or rounded to another
 /// integer.
 void encode(const Type& type, const Literal& literal, std::byte* element);

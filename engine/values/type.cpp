@@ -5,6 +5,7 @@
 #include <array>
 #include <bit>
 #include <iterator>
+#include <numeric>
 #include <string_view>
 
 #include "kelvo.h"
@@ -202,6 +203,47 @@ std::uint64_t Type::array_length() const {
   return length;
 }
 
+void index_names(Type* enumeration) {
+  constexpr std::size_t few = 16;  // as fast to look through
+  const std::vector<EnumName>& names = enumeration->names;
+  if (names.size() <= few) return;
+  std::vector<std::uint32_t> indices(names.size());
+  std::iota(indices.begin(), indices.end(), 0U);
+  enumeration->by_value = enumeration->by_text = indices;
+  // Stable: of names of one value the first is shown.
+  std::stable_sort(
+      enumeration->by_value.begin(), enumeration->by_value.end(),
+      [&names](std::uint32_t a, std::uint32_t b) { return names[a].bits < names[b].bits; });
+  std::stable_sort(
+      enumeration->by_text.begin(), enumeration->by_text.end(),
+      [&names](std::uint32_t a, std::uint32_t b) { return names[a].name < names[b].name; });
+}
+
+namespace {
+
+// The first name of which `key_of` is `key`, by the sorted indices where there are some.
+template <typename Key, typename KeyOf>
+const EnumName* find_first(const std::vector<EnumName>& names,
+                           const std::vector<std::uint32_t>& sorted, const Key& key,
+                           const KeyOf& key_of) {
+  if (sorted.empty()) {
+    const auto found = std::find_if(names.begin(), names.end(),
+                                    [&](const EnumName& one) { return key_of(one) == key; });
+    return found == names.end() ? nullptr : &*found;
+  }
+  const auto found = std::lower_bound(
+      sorted.begin(), sorted.end(), key,
+      [&](std::uint32_t i, const Key& wanted) { return key_of(names[i]) < wanted; });
+  return found == sorted.end() || key_of(names[*found]) != key ? nullptr : &names[*found];
+}
+
+}  // namespace
+
+const EnumName* find_name(const Type& enumeration, std::string_view text) {
+  return find_first(enumeration.names, enumeration.by_text, text,
+                    [](const EnumName& one) { return std::string_view(one.name); });
+}
+
 const EnumName* name_of(const Type& enumeration, std::uint64_t bits) {
   const std::vector<EnumName>& names = enumeration.names;
   if (names.empty()) return nullptr;
@@ -209,9 +251,8 @@ const EnumName* name_of(const Type& enumeration, std::uint64_t bits) {
   const std::uint64_t guess = bits - names[0].bits;
   if (guess < names.size() && names[static_cast<std::size_t>(guess)].bits == bits)
     return &names[static_cast<std::size_t>(guess)];
-  const auto found = std::find_if(names.begin(), names.end(),
-                                  [bits](const EnumName& one) { return one.bits == bits; });
-  return found == names.end() ? nullptr : &*found;
+  return find_first(names, enumeration.by_value, bits,
+                    [](const EnumName& one) { return one.bits; });
 }
 
 std::size_t integer_size_in_memory(std::size_t file_size) {

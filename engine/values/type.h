@@ -5,8 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "values/real_format.h"
@@ -35,6 +37,10 @@ enum class Padding { null_terminated, null_padded, space_padded };
 
 ByteOrder machine_order() noexcept;
 
+/// Makes a reference, as it lies in memory, to the object at the path. Throws StatementError where
+/// there is none. Values know nothing of files, so whoever writes references passes this in.
+using ReferenceMaker = std::function<void(const std::string& path, std::byte* element)>;
+
 struct Member;
 
 struct EnumName {
@@ -55,6 +61,9 @@ struct Type {
   std::optional<RealFormat> format;        // real: in the file, where it is not the standard one
   std::string tag;                         // opaque
   std::vector<EnumName> names;             // enumeration
+  std::vector<std::uint32_t> by_value;     // enumeration: its names' indices, sorted; or none
+  std::vector<std::uint32_t> by_text;      // enumeration: likewise
+  ReferenceMaker make_reference;           // object_reference: none where it is not to be written
   std::vector<Member> members;             // compound
   std::vector<std::uint64_t> extents;      // array
   std::vector<Type> base;                  // one, for enumeration, array and sequence; else none
@@ -87,6 +96,12 @@ struct Member {
   std::size_t file_offset = 0;  // in the file
   Type type;
 };
+
+/// To be called when the last name of an enumeration is known: many are found faster then.
+void index_names(Type* enumeration);
+
+/// What is named so in an enumeration; null where nothing is.
+const EnumName* find_name(const Type& enumeration, std::string_view text);
 
 /// The name of a value of an enumeration; null where none has it.
 const EnumName* name_of(const Type& enumeration, std::uint64_t bits);

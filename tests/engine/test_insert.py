@@ -75,7 +75,6 @@ def test_what_select_gives_arrives(file, rest, name, values):
     ("c SELECT b, b FROM c", (-6, "Element 0: Value 2.5 does not fit INT")),
     ("c SELECT a FROM c", (-5, "Element 0: Value 1 is no value of COMPOUND (one is written (1, 'a') or {id: 1, name: 'a'})")),
     ("x SELECT nix FROM c", None),
-    ("refs SELECT * FROM refs", (-5, "Element 0: Value '/x' is no value of REFERENCE")),
     ("x SELECT * FROM x FORMAT CSV", (-1, 'Expected IN, WHERE, ORDER BY, LIMIT or the end of the statement, found "FORMAT"', 31)),
     ("x SELECT * FROM x INTO f.csv", (-1, 'Expected IN, WHERE, ORDER BY, LIMIT or the end of the statement, found "INTO"', 31)),
 ])
@@ -218,7 +217,8 @@ PADDED = np.dtype([("u", "i1"), ("w", ">f8")], align=True)
 @pytest.mark.parametrize("dtype", [
     np.dtype([("a", "i1"), ("b", "f8"), ("c", "<i2")], align=True), np.dtype([(("A title", "a"), "i4"), ("b", "f4")]),
     np.dtype([("a", "i1"), ("n", PADDED), ("v", PADDED, (2,))], align=True),
-    np.dtype({"names": ["late"], "formats": [">i4"], "offsets": [4], "itemsize": 12})], ids=["aligned", "title", "nested", "late"])
+    np.dtype({"names": ["late"], "formats": [">i4"], "offsets": [4], "itemsize": 12})],
+    ids=["aligned", "title", "nested", "late"])
 def test_numpy_members_with_gaps_and_titles(kelvo, dtype):
     values = np.zeros(3, dtype)
     for i, name in enumerate(dtype.names):
@@ -404,3 +404,85 @@ def test_full_disk_leaves_the_file_as_it_was(kelvo):
     assert (answer.status, answer.message) == (-8, f'File "{kelvo.path("a.h5")}" cannot be written: File too large')
     with h5py.File(kelvo.path("a.h5")) as made:
         assert np.array_equal(made["grow"][...], np.arange(1000))
+
+
+# --- References ---
+
+
+@pytest.fixture
+def references(kelvo):
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made["g/x"] = [1, 2]
+        made.create_dataset("r", (3,), h5py.ref_dtype, maxshape=(None,), chunks=(2,))
+        made.create_dataset("pairs", (2,), np.dtype([("n", "i4"), ("r", h5py.ref_dtype)]))
+        made.create_dataset("regions", (1,), h5py.regionref_dtype)
+    return kelvo
+
+
+def led_to(file, values):
+    return [file[value].name if value else None for value in values]
+
+
+def test_paths_become_object_references(references):
+    references.rows("USE FILE a.h5", "INSERT INTO r VALUES ('/g/x', 'g', '/')", "INSERT INTO r[1] VALUES ('/r')", "INSERT INTO r APPEND VALUES (NULL)",
+                    "INSERT INTO pairs VALUES ((1, '/g'), {n: 2, r: ''})",
+                    "CREATE ATTRIBUTE g@lists SEQUENCE OF REFERENCE [2] VALUES (['/r', '/g/x'], [])",
+                    "CREATE DATASET made REFERENCE [2] VALUES ('/g/../r', '/made2/../g')")
+    with h5py.File(references.path("a.h5"), "r") as made:
+        assert led_to(made, made["r"][()]) == ["/g/x", "/r", "/", None]
+        assert led_to(made, made["pairs"]["r"]) == ["/g", None] and made["pairs"]["n"].tolist() == [1, 2]
+        assert [led_to(made, one) for one in made["g"].attrs["lists"]] == [["/r", "/g/x"], []]
+        assert led_to(made, made["made"][()]) == ["/r", "/g"]
+
+
+@pytest.mark.parametrize("suffix", ["csv", "tsv", "txt", "json"])
+def test_references_come_back_from_files(references, suffix):
+    references.rows("USE FILE a.h5", "INSERT INTO r VALUES ('/g/x', NULL, '/g')",
+                    "INSERT INTO pairs VALUES ((1, '/g'), (2, '/r'))", f"SELECT * FROM r INTO r.{suffix}",
+                    f"SELECT * FROM pairs INTO p.{suffix}", "INSERT INTO r VALUES (NULL)",
+                    "INSERT INTO pairs VALUES ((0, NULL))", f"INSERT INTO r FROM r.{suffix}",
+                    f"INSERT INTO pairs FROM p.{suffix}")
+    with h5py.File(references.path("a.h5"), "r") as made:
+        assert led_to(made, made["r"][()]) == ["/g/x", None, "/g"] and led_to(made, made["pairs"]["r"]) == ["/g", "/r"]
+
+
+def test_selected_references_lead_to_the_same_names(references):
+    with h5py.File(references.path("b.h5"), "w") as made:
+        made["g/x"] = 5
+        made.create_dataset("r", (3,), h5py.ref_dtype)
+    references.rows("USE FILE a.h5", "INSERT INTO r VALUES ('/g/x', '/g', NULL)", "INSERT INTO r[1:] SELECT * FROM r[0:2]",
+                    "INSERT INTO r IN b.h5 SELECT * FROM r")
+    for name in ("a.h5", "b.h5"):
+        with h5py.File(references.path(name), "r") as made:
+            assert led_to(made, made["r"][()]) == ["/g/x", "/g/x", "/g"]
+
+
+@pytest.mark.parametrize("rest, status, message", [
+    ("r VALUES ('/g/none')", -3, 'Object "/g/none" does not exist'),
+    ("r VALUES (5)", -5, "Value 5 is no value of REFERENCE"),
+    ("regions VALUES ('/g/x')", -5, "Value '/g/x' is no value of REGION REFERENCE")])
+def test_references_that_lead_nowhere(references, rest, status, message):
+    before = references.path("a.h5").read_bytes()
+    assert references.error("USE FILE a.h5", f"INSERT INTO {rest}") == (status, message)
+    assert references.path("a.h5").read_bytes() == before
+
+
+# --- Large enumerations ---
+
+
+def test_enumeration_of_many_names(kelvo):
+    rng = np.random.default_rng(5)
+    numbers = rng.permutation(100000)[:3000].tolist()
+    names = {f"name {number * 7919 % 100003}": number - 50000 for number in numbers}
+    dtype = h5py.enum_dtype(names, "<i4")
+    chosen = [(name, number) for name, number in names.items()][::3]
+    with h5py.File(kelvo.path("a.h5"), "w") as made:
+        made.create_dataset("x", (len(chosen) + 1,), dtype)
+        made["x"][-1:] = np.array([77777], "i4").astype(dtype)
+    kelvo.path("names.csv").write_text("".join(f"{name}\n" for name, _ in chosen))
+    kelvo.rows("USE FILE a.h5", f"INSERT INTO x[0:{len(chosen)}] FROM names.csv")
+    with h5py.File(kelvo.path("a.h5"), "r") as made:
+        assert made["x"][:-1].tolist() == [number for _, number in chosen]
+    assert kelvo.rows("SELECT * FROM x IN a.h5") == [name for name, _ in chosen] + ["77777"]
+    assert kelvo.error("USE FILE a.h5", "INSERT INTO x VALUES ('name -')") == (
+        -6, "ENUMERATION has no value 'name -' (SHOW MEMBER lists its names)")
