@@ -134,6 +134,33 @@ void refuse_part(const std::string& path) {
 }
 
 constexpr std::string_view hdf5_signature = "\x89HDF\r\n\x1a\n";
+
+// The path with the last number before its suffix one higher, as the next file of a family is
+// called; "" without a number.
+std::string next_in_family(const std::string& path) {
+  constexpr std::string_view digits = "0123456789";
+  const std::size_t name = path.rfind('/') + 1;
+  std::size_t at = path.find_last_of(digits, path.rfind('.'));
+  if (at == std::string::npos || at < name) return "";
+  std::string next = path;
+  for (; next[at] == '9'; --at) {
+    next[at] = '0';
+    if (at == name || digits.find(next[at - 1]) == std::string_view::npos)
+      return next.insert(at, 1, '1');
+  }
+  ++next[at];
+  return next;
+}
+
+// Old HDF5 libraries wrote no driver's name into families: what shows one is that the next file is
+// no HDF5 file of its own.
+bool goes_on_in_family(const std::string& path) {
+  const std::string next = next_in_family(path);
+  std::error_code error;
+  return !next.empty() && fs::is_regular_file(next, error) &&
+         !first_bytes(next).starts_with(hdf5_signature);
+}
+
 // What a file that has no HDF5 signature is instead.
 std::string what_instead(const std::string& bytes) {
   if (bytes.starts_with(hdf5_signature)) return " that can be read: its superblock is damaged";
@@ -171,6 +198,8 @@ void fail_open(const std::string& path, const std::string& first) {
   const std::string stack = hdf5_error_stack();
   if (path == first) refuse_part(path);
   const std::size_t truncated = stack.find("truncated file");
+  if (truncated != std::string::npos && path == first && goes_on_in_family(path))
+    refuse(drivers[0].status, path, std::string(drivers[0].why));
   if (truncated != std::string::npos)
     refuse(Status::hdf5_refused, path, truncation(std::string_view(stack).substr(truncated)));
   for (const Cause& cause : causes) {

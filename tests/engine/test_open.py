@@ -295,6 +295,30 @@ def test_names_that_could_be_formats(kelvo, name):
     assert kelvo.error(f"USE FILE {name}") == (-3, refusal(kelvo, name, "does not exist"))
 
 
+@pytest.mark.parametrize("pattern, first", [("part%d.h5", "part0.h5"), ("run1_%03d.h5", "run1_000.h5")])
+def test_one_file_of_a_family_of_an_old_library(kelvo, pattern, first):
+    """Which wrote no driver's name into it."""
+    with h5py.File(kelvo.path(pattern), "w", driver="family", memb_size=4096) as file:
+        file["numbers"] = np.arange(5000)
+    content = bytearray(kelvo.path(first).read_bytes())
+    driver_address = slice(48, 56)  # in a superblock of version 0
+    content[driver_address] = b"\xff" * 8
+    content = content.replace(b"NCSAfami", bytes(8))
+    kelvo.path(first).write_bytes(content)
+    assert kelvo.error(f"USE FILE {first}") == (DAMAGED, refusal(
+        kelvo, first, "is one file of a family (with %d in the place of its number the name opens them all)"))
+
+
+def test_truncated_file_beside_another_one(kelvo):
+    for name in ("run9.h5", "run10.h5"):
+        with h5py.File(kelvo.path(name), "w") as file:
+            file["numbers"] = np.arange(5000)
+    content = kelvo.path("run9.h5").read_bytes()
+    kelvo.path("run9.h5").write_bytes(content[:4096])
+    assert kelvo.error("USE FILE run9.h5") == (DAMAGED, refusal(
+        kelvo, "run9.h5", f"is truncated: it has 4096 of {len(content)} bytes; copy it again from its source"))
+
+
 def test_file_that_only_looks_like_a_family(kelvo):
     with h5py.File(kelvo.path("run%d.h5"), "w") as file:
         file["numbers"] = [7]
