@@ -21,10 +21,13 @@ constexpr std::size_t length_at = 8;      // in both
 
 // Heaps are 4 KiB as a rule and grow to 64. A larger one has a large object; it is not held.
 constexpr std::uint64_t most_held_of_one = std::uint64_t{256} * 1024;
+constexpr std::size_t usual_object = 2 * header_bytes;
 constexpr std::size_t most_held = std::size_t{4} * 1024 * 1024;
 
-std::uint64_t number_at(const std::byte* bytes, std::size_t size) {
-  return load_integer(bytes, size, ByteOrder::little, false);
+std::uint64_t length_in(const std::byte* header, std::size_t length_bytes) {
+  const std::byte* length = header + length_at;
+  return length_bytes == 8 ? load_little<std::uint64_t>(length)
+                           : load_integer(length, length_bytes, ByteOrder::little, false);
 }
 
 std::string in_heap(const GlobalHeap& heap, std::uint64_t address) {
@@ -121,7 +124,7 @@ std::unique_ptr<GlobalHeap::Heap> GlobalHeap::load(std::uint64_t address) {
     fail_none(address);
   auto heap = std::make_unique<Heap>();
   heap->address = address;
-  heap->size = number_at(header.data() + length_at, bytes_.length_bytes());
+  heap->size = length_in(header.data(), bytes_.length_bytes());
   if (heap->size < header_bytes || heap->size > bytes_.end() - address) fail_unsound(address);
   if (heap->size <= most_held_of_one) {
     const auto size = static_cast<std::size_t>(heap->size);
@@ -134,6 +137,9 @@ std::unique_ptr<GlobalHeap::Heap> GlobalHeap::load(std::uint64_t address) {
 
 void GlobalHeap::read_objects(Heap* heap) {
   std::array<std::byte, header_bytes> read{};
+  std::vector<Object>& objects = heap->objects;
+  if (heap->bytes) objects.reserve(static_cast<std::size_t>(heap->size) / usual_object);
+  bool in_order = true;
   std::uint64_t at = header_bytes;
   // What is too short for a header is unused as well.
   while (heap->size - at >= header_bytes) {
@@ -142,25 +148,29 @@ void GlobalHeap::read_objects(Heap* heap) {
       if (!bytes_.read(heap->address + at, read.size(), read.data())) fail_none(heap->address);
       header = read.data();
     }
-    const auto index = static_cast<std::uint32_t>(number_at(header, 2));
-    const std::uint64_t size = number_at(header + length_at, bytes_.length_bytes());
+    const auto index = load_little<std::uint16_t>(header);
+    const std::uint64_t size = length_in(header, bytes_.length_bytes());
     const std::uint64_t left = heap->size - at;
     if (size > left) fail_unsound(heap->address);
     const std::uint64_t step = index == 0 ? size : header_bytes + (size + 7) / 8 * 8;
     if (step < header_bytes || step > left) fail_unsound(heap->address);
-    if (index != 0) heap->objects.push_back({index, at + header_bytes, size});
+    if (index != 0) {
+      in_order = in_order && (objects.empty() || objects.back().index < index);
+      objects.push_back({index, at + header_bytes, size});
+    }
     at += step;
   }
-  const auto by_index = [](const Object& one, const Object& other) {
-    return one.index < other.index;
-  };
-  std::vector<Object>& objects = heap->objects;
-  if (!std::is_sorted(objects.begin(), objects.end(), by_index))
-    std::sort(objects.begin(), objects.end(), by_index);
-  const auto twice = std::adjacent_find(
-      objects.begin(), objects.end(),
-      [](const Object& one, const Object& other) { return one.index == other.index; });
-  if (twice != objects.end()) fail_unsound(heap->address);
+  if (!in_order && !sort_by_index(&objects)) fail_unsound(heap->address);
+}
+
+// False where an index is there twice.
+bool GlobalHeap::sort_by_index(std::vector<Object>* objects) {
+  std::sort(objects->begin(), objects->end(),
+            [](const Object& one, const Object& other) { return one.index < other.index; });
+  return std::adjacent_find(objects->begin(), objects->end(),
+                            [](const Object& one, const Object& other) {
+                              return one.index == other.index;
+                            }) == objects->end();
 }
 
 // A few are enough: values that lie together were written together.

@@ -63,6 +63,7 @@ class GlobalHeap {
   const Heap& heap_at(std::uint64_t address);
   std::unique_ptr<Heap> load(std::uint64_t address);
   void read_objects(Heap* heap);
+  static bool sort_by_index(std::vector<Object>* objects);
   void keep(std::unique_ptr<Heap> heap);
   static const Object* object_of(const Heap& heap, std::uint32_t index);
   [[nodiscard]] std::string damaged() const;

@@ -158,22 +158,22 @@ struct Reference {
 };
 
 Reference reference_at(const std::byte* bytes, std::size_t address_bytes) {
+  const std::byte* address = bytes + 4;
   Reference reference;
-  reference.count = load_integer(bytes, 4, ByteOrder::little, false);
+  reference.count = load_little<std::uint32_t>(bytes);
   reference.place.address = address_bytes == 8
-                                ? load_integer(bytes + 4, 8, ByteOrder::little, false)
-                                : load_integer(bytes + 4, address_bytes, ByteOrder::little, false);
-  reference.place.index = static_cast<std::uint32_t>(
-      load_integer(bytes + 4 + address_bytes, 4, ByteOrder::little, false));
+                                ? load_little<std::uint64_t>(address)
+                                : load_integer(address, address_bytes, ByteOrder::little, false);
+  reference.place.index = load_little<std::uint32_t>(address + address_bytes);
   return reference;
 }
 
 // What the values of an element take in memory, as its references tell.
 std::uint64_t claimed(const VaryingPart& part, const std::byte* stored) {
   if (!part.varies) return 0;
-  if (part.kind == Kind::varying_text) return load_integer(stored, 4, ByteOrder::little, false);
+  if (part.kind == Kind::varying_text) return load_little<std::uint32_t>(stored);
   if (part.kind == Kind::sequence) {
-    return load_integer(stored, 4, ByteOrder::little, false) *
+    return std::uint64_t{load_little<std::uint32_t>(stored)} *
            std::max(part.items->conversion.room(), part.items->part.size);
   }
   std::uint64_t bytes = 0;

@@ -1,8 +1,10 @@
 // Integers of 1 to 8 bytes in either byte order.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "values/type.h"
 
@@ -20,6 +22,19 @@ inline std::uint64_t load_integer(const std::byte* bytes, std::size_t size, Byte
   if (!is_signed || size == 0 || size >= 8) return value;
   const std::uint64_t sign = std::uint64_t{1} << (8 * size - 1);
   return (value ^ sign) - sign;
+}
+
+/// An unsigned integer that lies lowest byte first, of a size that the compiler knows: one
+/// instruction as a rule.
+template <typename Number>
+Number load_little(const std::byte* bytes) {
+  Number value = 0;
+  if constexpr (std::endian::native == std::endian::little) {
+    std::memcpy(&value, bytes, sizeof value);
+  } else {
+    value = static_cast<Number>(load_integer(bytes, sizeof value, ByteOrder::little, false));
+  }
+  return value;
 }
 
 /// Stores the lowest `size` bytes of `value`.
