@@ -182,6 +182,7 @@ void copy_all_attributes(const ObjectPlace& from, const ObjectPlace& to,
   ReferenceMap references(from.file, to.file);
   references.add(objects, to.path);
   for (const FoundObject& object : objects) {
+    if (!object.has_attributes) continue;
     copy_attributes({from.file, joined(from.path, object.name)},
                     {to.file, joined(to.path, object.name)}, references);
   }

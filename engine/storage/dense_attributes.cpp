@@ -33,7 +33,7 @@ bool may_be_dense(hid_t object) {
   unsigned least_dense = 0;
   check_done(H5Pget_attr_phase_change(creation_of(object).get(), &most_compact, &least_dense),
              cannot_read);
-  return info.num_attrs > 0 && info.num_attrs >= least_dense;
+  return info.num_attrs >= least_dense;
 }
 
 bool is_varying(hid_t object, const std::string& path, const std::string& name) {
@@ -55,6 +55,7 @@ bool has_them(hid_t object, const std::string& path) {
 bool has_dense_varying_attributes(hid_t file, const std::string& path,
                                   const std::vector<FoundObject>& objects) {
   return std::any_of(objects.begin(), objects.end(), [file, &path](const FoundObject& object) {
+    if (!object.has_attributes) return false;
     const std::string place = joined(path, object.name);
     return has_them(open_object(file, place).get(), place);
   });

@@ -30,7 +30,7 @@ unsigned long file_number(hid_t file) {
 
 herr_t keep_object(hid_t /*object*/, const char* name, const H5O_info_t* info, void* objects) {
   static_cast<std::vector<FoundObject>*>(objects)->push_back(
-      {std::strcmp(name, ".") == 0 ? "" : name, info->addr, info->type});
+      {std::strcmp(name, ".") == 0 ? "" : name, info->addr, info->type, info->num_attrs > 0});
   return 0;
 }
 
@@ -74,7 +74,7 @@ std::string joined(const std::string& path, const std::string& name) {
 std::vector<FoundObject> objects_below(hid_t file, const std::string& path) {
   std::vector<FoundObject> objects;
   check_done(H5Ovisit_by_name2(file, path.c_str(), H5_INDEX_NAME, H5_ITER_NATIVE, keep_object,
-                               &objects, H5O_INFO_BASIC, H5P_DEFAULT),
+                               &objects, H5O_INFO_BASIC | H5O_INFO_NUM_ATTRS, H5P_DEFAULT),
              cannot_copy);
   return objects;
 }
@@ -157,6 +157,7 @@ void copy_references(hid_t from_file, const std::string& from, hid_t to_file, co
     const std::string copy = joined(to, object.name);
     if (object.type == H5O_TYPE_DATASET)
       copy_dataset_references(from_file, source, to_file, copy, references);
+    if (!object.has_attributes) continue;
     copy_attribute_references(open_object(from_file, source), open_object(to_file, copy), copy,
                               references);
   }

@@ -21,6 +21,7 @@ struct FoundObject {
   std::string name;  // relative to where the search began; "" for that itself
   haddr_t address;
   H5O_type_t type;
+  bool has_attributes;
 };
 
 class ReferenceMap {
