@@ -217,51 +217,69 @@ void list_objects(const char* path) {
           0);
 }
 
+// A dataset of rank 1 in a new file, which grows by what is appended.
+Dataset make_growing(const char* path, const char* name) {
+  Dataset dataset = {};
+  dataset.file = H5Fcreate(path, H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT);
+  const hsize_t chunk = block_elements;
+  const hsize_t most = H5S_UNLIMITED;
+  const hid_t creation = H5Pcreate(H5P_DATASET_CREATE);
+  H5Pset_chunk(creation, 1, &chunk);
+  dataset.space = H5Screate_simple(1, &dataset.length, &most);
+  dataset.id = H5Dcreate2(dataset.file, name, H5T_NATIVE_DOUBLE, dataset.space, H5P_DEFAULT,
+                          creation, H5P_DEFAULT);
+  require(dataset.id >= 0);
+  return dataset;
+}
+
+void append(Dataset* dataset, const std::vector<double>& values) {
+  const hsize_t start = dataset->length;
+  const hsize_t count = values.size();
+  dataset->length += count;
+  H5Dset_extent(dataset->id, &dataset->length);
+  const hid_t space = H5Dget_space(dataset->id);
+  const hid_t memory = H5Screate_simple(1, &count, nullptr);
+  H5Sselect_hyperslab(space, H5S_SELECT_SET, &start, nullptr, &count, nullptr);
+  require(H5Dwrite(dataset->id, H5T_NATIVE_DOUBLE, memory, space, H5P_DEFAULT, values.data()) >= 0);
+  H5Sclose(memory);
+  H5Sclose(space);
+}
+
+// Calls `use` for the number on each whole line; returns what is behind the last of them.
+template <typename Use>
+const char* read_lines(const char* at, const char* end, Use use) {
+  while (const auto* line_end =
+             static_cast<const char*>(std::memchr(at, '\n', static_cast<std::size_t>(end - at)))) {
+    double value = 0;
+    require(std::from_chars(at, line_end, value).ec == std::errc());
+    use(value);
+    at = line_end + 1;
+  }
+  return at;
+}
+
 // Numbers, one a line, into a new file.
 void import_numbers(const char* path) {
   std::FILE* text = std::fopen(path, "re");
-  const hid_t file = H5Fcreate("limit.h5", H5F_ACC_TRUNC, H5P_DEFAULT, H5P_DEFAULT);
-  require(text != nullptr && file >= 0);
-  const hsize_t chunk = block_elements;
-  const hsize_t most = H5S_UNLIMITED;
-  hsize_t length = 0;
-  const hid_t empty = H5Screate_simple(1, &length, &most);
-  const hid_t creation = H5Pcreate(H5P_DATASET_CREATE);
-  H5Pset_chunk(creation, 1, &chunk);
-  const hid_t dataset =
-      H5Dcreate2(file, "x", H5T_NATIVE_DOUBLE, empty, H5P_DEFAULT, creation, H5P_DEFAULT);
+  require(text != nullptr);
+  Dataset dataset = make_growing("limit.h5", "x");
   std::vector<double> values;
-  const auto store = [&] {
-    const hsize_t start = length;
-    const hsize_t count = values.size();
-    length += count;
-    H5Dset_extent(dataset, &length);
-    const hid_t space = H5Dget_space(dataset);
-    const hid_t memory = H5Screate_simple(1, &count, nullptr);
-    H5Sselect_hyperslab(space, H5S_SELECT_SET, &start, nullptr, &count, nullptr);
-    require(H5Dwrite(dataset, H5T_NATIVE_DOUBLE, memory, space, H5P_DEFAULT, values.data()) >= 0);
-    H5Sclose(memory);
-    H5Sclose(space);
+  const auto keep = [&](double value) {
+    values.push_back(value);
+    if (values.size() < block_elements) return;
+    append(&dataset, values);
     values.clear();
   };
   std::vector<char> buffer(1U << 20U);
   std::size_t kept = 0;
   while (const std::size_t got = std::fread(buffer.data() + kept, 1, buffer.size() - kept, text)) {
-    const char* at = buffer.data();
-    const char* end = at + kept + got;
-    while (const auto* line_end = static_cast<const char*>(
-               std::memchr(at, '\n', static_cast<std::size_t>(end - at)))) {
-      double value = 0;
-      require(std::from_chars(at, line_end, value).ec == std::errc());
-      values.push_back(value);
-      if (values.size() == block_elements) store();
-      at = line_end + 1;
-    }
-    kept = static_cast<std::size_t>(end - at);
-    std::memmove(buffer.data(), at, kept);
+    const char* end = buffer.data() + kept + got;
+    const char* rest = read_lines(buffer.data(), end, keep);
+    kept = static_cast<std::size_t>(end - rest);
+    std::memmove(buffer.data(), rest, kept);
   }
-  if (!values.empty()) store();
-  require(H5Dclose(dataset) >= 0 && H5Fclose(file) >= 0);
+  if (!values.empty()) append(&dataset, values);
+  require(H5Dclose(dataset.id) >= 0 && H5Fclose(dataset.file) >= 0);
   std::fclose(text);
 }
 

@@ -5,7 +5,6 @@
 #include <bit>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <iterator>
 #include <type_traits>
 

@@ -10,8 +10,8 @@
 namespace {
 
 constexpr int topic_indent = 2;
-constexpr int topic_gap =
-    2;  // topics are not aligned with one another, unlike those of the main menu
+// Topics are not aligned with one another, unlike those of the main menu.
+constexpr int topic_gap = 2;
 constexpr int subtopic_indent = 4;
 
 const char* tree_description(const Topic& topic) {

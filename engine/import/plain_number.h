@@ -188,8 +188,8 @@ template <std::floating_point Number>
 const char* read_plain_number(const char* at, const char* end, Number* number) {
   // Machines that calculate in wider types than they store round twice.
   constexpr bool rounds_once = FLT_EVAL_METHOD == 0;
-  static constexpr Number signs[] = {1,
-                                     -1};  // signs are random, and a branch would be mispredicted
+  // Signs are random, and a branch would be mispredicted.
+  static constexpr Number signs[] = {1, -1};
   const bool negative = at < end && *at == '-';
   const Decimal decimal = read_decimal(at + (negative ? 1 : 0), end);
   if (!rounds_once || decimal.behind == nullptr || !round_decimal(decimal, number))

@@ -2,7 +2,6 @@
 #include "import/table_file.h"
 
 #include <algorithm>
-#include <utility>
 #include <vector>
 
 #include "error.h"

@@ -1,7 +1,6 @@
 // Reads queries.
 #include "language/query.h"
 
-#include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>

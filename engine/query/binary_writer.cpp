@@ -2,7 +2,6 @@
 #include "query/binary_writer.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <set>
 

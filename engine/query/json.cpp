@@ -2,7 +2,6 @@
 #include "query/json.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstring>

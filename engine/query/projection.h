@@ -3,7 +3,6 @@
 #pragma once
 
 #include <deque>
-#include <memory>
 #include <string>
 #include <vector>
 

@@ -1,6 +1,5 @@
 // ALTER: the extents of datasets.
 #include <array>
-#include <optional>
 #include <string>
 #include <vector>
 

@@ -2,7 +2,6 @@
 #include <array>
 #include <string>
 
-#include "error.h"
 #include "language/storage_options.h"
 #include "session.h"
 #include "statements/family.h"

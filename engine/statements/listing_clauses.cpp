@@ -5,7 +5,6 @@
 #include <array>
 #include <vector>
 
-#include "error.h"
 #include "values/pattern.h"
 
 namespace kelvo {

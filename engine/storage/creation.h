@@ -3,7 +3,6 @@
 
 #include <string>
 
-#include "storage/element_io.h"
 #include "storage/handle.h"
 #include "values/space.h"
 #include "values/storage_options.h"

@@ -1,9 +1,7 @@
 // Objects in a file, named by absolute paths: what a path leads to, opening and making them.
 #pragma once
 
-#include <cstdint>
 #include <string>
-#include <vector>
 
 #include "storage/handle.h"
 #include "values/space.h"

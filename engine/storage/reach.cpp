@@ -8,7 +8,7 @@
 #include <system_error>
 #include <vector>
 
-#include "storage/check.h"
+#include "error.h"
 #include "storage/external_link.h"
 
 namespace kelvo {

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstring>
 #include <iterator>
-#include <new>
 #include <utility>
 
 namespace kelvo {

@@ -3,7 +3,6 @@
 #include "values/pattern.h"
 
 #include <cstddef>
-#include <cstdint>
 
 namespace kelvo {
 namespace {
