@@ -358,7 +358,7 @@ void write_elements(const ElementPlace& place, const Selection& selection, const
         hyperslab_spaces(place, walk.start(), selection.stride, walk.count(), what);
     check_done(H5Dwrite(place.dataset.get(), place.memory_type.get(), spaces.memory.get(),
                         spaces.file.get(), H5P_DEFAULT, bytes),
-               [&what] { return what; });
+               [&what]() -> const std::string& { return what; });
     bytes += static_cast<std::size_t>(walk.elements()) * place.type.size;
   }
   traffic_written().add(elements, place.type.size);
