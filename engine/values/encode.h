@@ -11,9 +11,9 @@
 namespace kelvo {
 
 /// Writes the element of a type that holds its whole value: numbers, times, fixed strings, opaque
-/// values, enumerations, object references; regions are refused. Throws StatementError: out_of_range
-/// for a value that does not fit, wrong_kind for one of another kind. Nothing is ever cut or rounded
-/// to another integer.
+/// values, enumerations, object references; regions are refused. Throws StatementError:
+/// out_of_range for a value that does not fit, wrong_kind for one of another kind. Nothing is ever
+/// cut or rounded to another integer.
 void encode(const Type& type, const Literal& literal, std::byte* element);
 
 /// Throws that the literal is no value of the type.
