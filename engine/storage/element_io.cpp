@@ -105,11 +105,22 @@ bool lies_in_file(hid_t dataset, hid_t creation) {
          H5Pget_external_count(creation) <= 0;
 }
 
+// The HDF5 library counts the dimensions of chunks and of the dataset apart, and reads beyond
+// either.
+void check_chunks(const ElementPlace& place, hid_t creation) {
+  const int rank = H5Pget_chunk(creation, 0, nullptr);
+  if (rank >= 0 && static_cast<std::size_t>(rank) == place.space.extents.size()) return;
+  throw StatementError(Status::hdf5_refused, damaged(place) + "its chunks have " +
+                                                 std::to_string(rank) + " dimensions in place of " +
+                                                 std::to_string(place.space.extents.size()));
+}
+
 void check_stored(const ElementPlace& place) {
   const hid_t dataset = place.dataset.get();
   const PropertyHandle creation(
       check_id(H5Dget_create_plist(dataset), [&place] { return cannot_read(place); }));
   const H5D_layout_t layout = H5Pget_layout(creation.get());
+  if (layout == H5D_CHUNKED) return check_chunks(place, creation.get());
   if (layout != H5D_COMPACT && layout != H5D_CONTIGUOUS) return;
   if (layout == H5D_CONTIGUOUS && !lies_in_file(dataset, creation.get())) return;
   const haddr_t begin = layout == H5D_CONTIGUOUS ? H5Dget_offset(dataset) : 0;

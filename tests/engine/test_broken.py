@@ -190,6 +190,16 @@ def test_fewer_bytes_than_elements(kelvo):
         DAMAGED, 'Dataset "/x" is damaged: it stores 9864 bytes of 1234 elements of 8')
 
 
+def test_chunks_of_another_rank(kelvo):
+    """The HDF5 library takes the dataset's extents for as many as a chunk has."""
+    with h5py.File(kelvo.path("x.h5"), "w") as file:
+        file.create_dataset("x", data=np.arange(1234, dtype="int64"), chunks=(100,))
+    dataspace = b"\x01\x01\x01" + bytes(5) + (1234).to_bytes(8, "little")  # version 1, of one dimension
+    patched(kelvo.path("x.h5"), dataspace, b"\x01\x00\x00" + dataspace[3:])
+    assert kelvo.error("USE FILE x.h5", "SELECT * FROM x") == (
+        DAMAGED, 'Dataset "/x" is damaged: its chunks have 1 dimensions in place of 0')
+
+
 def test_more_elements_than_can_be_counted(kelvo):
     with h5py.File(kelvo.path("x.h5"), "w") as file:
         file.create_dataset("x", (2**31 + 1, 2**31 + 3, 7), "int8", chunks=(64, 64, 7))
