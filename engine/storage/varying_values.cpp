@@ -1,5 +1,5 @@
-// A walk over the type, a column of elements at a time, so that the values of many elements are
-// taken out of the heaps, and converted, at once.
+// A walk over the parts of the type, a column of elements at a time, so that the values of many
+// elements are taken out of the heaps, and converted, at once.
 #include "storage/varying_values.h"
 
 #include <algorithm>
@@ -7,148 +7,22 @@
 #include <limits>
 #include <optional>
 #include <utility>
-#include <vector>
 
 #include "storage/check.h"
 #include "storage/datatype.h"
 #include "storage/describe_datatype.h"
-#include "storage/element_conversion.h"
 #include "storage/reference_copy.h"
 #include "storage/stored_type.h"
+#include "storage/varying_part.h"
 #include "values/bits.h"
 
 namespace kelvo {
-
-// --- what is known of each part of the type ---
-
-struct VaryingItems;
-
-struct VaryingPart {
-  Kind kind = Kind::integer;
-  bool varies = false;
-  std::size_t offset = 0;  // in a compound
-  std::size_t stored_offset = 0;
-  std::size_t size = 0;
-  std::size_t stored_size = 0;
-  std::size_t length = 1;               // array
-  std::vector<VaryingPart> parts;       // compound; array: one
-  std::unique_ptr<VaryingItems> items;  // sequence
-};
-
-struct VaryingItems {
-  DatatypeHandle stored_type;
-  DatatypeHandle memory_type;
-  ElementConversion conversion;
-  VaryingPart part;
-  std::vector<std::byte> gathered;
-
-  VaryingItems(DatatypeHandle stored, DatatypeHandle memory)
-      : stored_type(std::move(stored)),
-        memory_type(std::move(memory)),
-        conversion(stored_type.get(), memory_type.get()) {}
-
-  // Whether an item lies in the heap as it does in memory.
-  [[nodiscard]] bool is_plain() const { return !conversion.is_needed() && !part.varies; }
-};
-
 namespace {
 
+// Bytes of values; one element alone may have more.
 constexpr std::uint64_t most_together = std::uint64_t{4} * 1024 * 1024;
 
 std::string cannot_read() { return "The data type cannot be read"; }
-
-// Another description of types whose elements are kept in memory as in the file.
-Type as_in_file(Type type) {
-  type.size = type.file_size;
-  for (Type& base : type.base) base = as_in_file(std::move(base));
-  for (Member& member : type.members) {
-    member.offset = member.file_offset;
-    member.type = as_in_file(std::move(member.type));
-  }
-  return type;
-}
-
-// The stored type with only those members that `type` has, in its order.
-Type with_members_of(const Type& type, Type stored) {
-  if (type.kind != Kind::compound) return stored;
-  std::vector<Member> all = std::exchange(stored.members, {});
-  stored.size = 0;
-  for (const Member& wanted : type.members) {
-    const auto found = std::find_if(all.begin(), all.end(), [&wanted](const Member& member) {
-      return member.name == wanted.name;
-    });
-    if (found == all.end()) fail_hdf5(cannot_read());
-    Member member = std::move(*found);
-    member.type = with_members_of(wanted.type, std::move(member.type));
-    member.offset = stored.size;
-    stored.size += member.type.size;
-    stored.members.push_back(std::move(member));
-  }
-  return stored;
-}
-
-// Builds the parts, along the file's type.
-class PartBuilder {
- public:
-  PartBuilder(bool is_as_in_file, std::size_t address_bytes)
-      : is_as_in_file_(is_as_in_file), address_bytes_(address_bytes) {}
-
-  [[nodiscard]] VaryingPart part(const Type& type, const Type& stored, hid_t file_type) const;
-
- private:
-  void add_members(const Type& type, const Type& stored, hid_t file_type, VaryingPart* part) const;
-  [[nodiscard]] std::unique_ptr<VaryingItems> items(const Type& item, hid_t file_type) const;
-
-  bool is_as_in_file_;
-  std::size_t address_bytes_;
-};
-
-VaryingPart PartBuilder::part(const Type& type, const Type& stored, hid_t file_type) const {
-  VaryingPart part;
-  part.kind = type.kind;
-  part.varies = type.has_varying_parts();
-  part.size = type.size;
-  part.stored_size = stored.size;
-  part.length = static_cast<std::size_t>(type.array_length());
-  if (!part.varies || type.kind == Kind::varying_text) return part;
-  if (type.kind == Kind::compound) {
-    add_members(type, stored, file_type, &part);
-    return part;
-  }
-  const DatatypeHandle base(check_id(H5Tget_super(file_type), cannot_read));
-  if (type.kind == Kind::sequence) {
-    part.items = items(type.base[0], base.get());
-  } else {
-    part.parts.push_back(this->part(type.base[0], stored.base[0], base.get()));
-  }
-  return part;
-}
-
-void PartBuilder::add_members(const Type& type, const Type& stored, hid_t file_type,
-                              VaryingPart* part) const {
-  for (std::size_t i = 0; i < type.members.size(); ++i) {
-    const Member& member = type.members[i];
-    const int index = H5Tget_member_index(file_type, member.name.c_str());
-    if (index < 0) fail_hdf5(cannot_read());
-    const DatatypeHandle member_type(
-        check_id(H5Tget_member_type(file_type, static_cast<unsigned>(index)), cannot_read));
-    part->parts.push_back(this->part(member.type, stored.members[i].type, member_type.get()));
-    part->parts.back().offset = member.offset;
-    part->parts.back().stored_offset = stored.members[i].offset;
-  }
-}
-
-std::unique_ptr<VaryingItems> PartBuilder::items(const Type& item, hid_t file_type) const {
-  DatatypeHandle stored = stored_datatype(file_type, address_bytes_);
-  const Type described = describe_datatype(stored.get());
-  DatatypeHandle memory = is_as_in_file_
-                              ? DatatypeHandle(check_id(H5Tcopy(stored.get()), cannot_read))
-                              : memory_datatype(described, stored.get());
-  auto items = std::make_unique<VaryingItems>(std::move(stored), std::move(memory));
-  const Type in_order = with_members_of(item, described);
-  items->part = part(item, is_as_in_file_ ? as_in_file(in_order) : in_order, file_type);
-  return items;
-}
 
 // --- references ---
 
